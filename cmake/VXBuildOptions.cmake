@@ -1,0 +1,54 @@
+# What every target of the project is built with, kept in one interface target.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 99)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+# All libraries and programs in one place each, so that a library finds its neighbours as it does when installed.
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+
+add_library(vx_build_options INTERFACE)
+target_compile_options(vx_build_options INTERFACE
+  -Wall -Wextra -Wconversion -Wshadow
+  $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
+  # A mapped voxel is (v * scale) rounded, then + shift rounded; a fused multiply-add gives other bits.
+  -ffp-contract=off
+  # int8 is `char`, which is unsigned on some processors.
+  -fsigned-char
+  # Messages name sources as they stand in the project, not where this machine keeps them.
+  "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+if(VX_WARNINGS_AS_ERRORS)
+  target_compile_options(vx_build_options INTERFACE -Werror)
+endif()
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  target_compile_options(vx_build_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wthread-safety>)
+endif()
+if(VX_SANITIZERS)
+  target_compile_options(vx_build_options INTERFACE "-fsanitize=${VX_SANITIZERS}" -fno-omit-frame-pointer -g)
+  target_link_options(vx_build_options INTERFACE "-fsanitize=${VX_SANITIZERS}")
+  if(VX_SANITIZERS MATCHES "undefined")
+    target_compile_options(vx_build_options INTERFACE -fsanitize=float-cast-overflow -fno-sanitize-recover=all)
+  endif()
+endif()
+if(VX_COVERAGE)
+  target_compile_options(vx_build_options INTERFACE --coverage -O0 -g)
+  target_link_options(vx_build_options INTERFACE --coverage)
+endif()
+find_package(Threads REQUIRED)
+
+# One storey of the library: sources that become part of a shared library and can be linked into unit tests as
+# they are, hidden symbols and all.
+function(vx_add_storey name)
+  add_library(${name} OBJECT ${ARGN})
+  set_target_properties(${name} PROPERTIES
+    CXX_VISIBILITY_PRESET hidden C_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  target_link_libraries(${name} PRIVATE vx_build_options PUBLIC Threads::Threads)
+endfunction()

@@ -1,0 +1,24 @@
+// Start and stop of the library through the C interface.
+
+#include "vxAPI.h"
+
+#include "vxAPIFrame.h"
+#include "vxInitSystemVX.h"
+#include "vxTraceBuffer.h"
+
+int VXInit(int major, int minor, int release) {
+  const vx::TraceFrame trace("source/vxAPI:VXInit()");
+  return vx::callSilently(0, [=] {
+    const bool isCompatible = VXIsCAPILinkCompatible(major, minor, release) != 0;
+    const bool isStarted = vx::initVX() != 0;
+    return isCompatible && isStarted ? 1 : 0;
+  });
+}
+
+int VXDestroy(void) {
+  const vx::TraceFrame trace("source/vxAPI:VXDestroy()");
+  return vx::callSilently(1, [] {
+    vx::destroyVX();
+    return 1;
+  });
+}

@@ -1,0 +1,99 @@
+// Loading and unloading of libraries through the C interface.
+
+#include "vxAPI.h"
+#include "vxAPIFrame.h"
+#include "vxErrorOutput.h"
+#include "vxLibraryLoader.h"
+#include "vxRuntime.h"
+#include "vxTraceBuffer.h"
+
+#include <atomic>
+#include <string>
+
+namespace {
+
+std::atomic<int> _vxIsUnloadingLibrary{0};
+std::atomic<int> unloadLibraryState{0};
+
+// The name of the file for a library name. The search for the file knows prefix and suffix.
+const char* _determineRealLibraryName(const char* name) { return name; }
+
+// Sets the unloading flag for a scope.
+class UnloadingScope {
+ public:
+  UnloadingScope() { _vxIsUnloadingLibrary.store(1); }
+  ~UnloadingScope() { _vxIsUnloadingLibrary.store(0); }
+  UnloadingScope(const UnloadingScope&) = delete;
+  UnloadingScope& operator=(const UnloadingScope&) = delete;
+};
+
+}  // namespace
+
+VXErrorCode VXLoadLibraryWOErrorExt(const char* name, void** handle) {
+  const vx::TraceFrame trace("source/vxAPI:VXLoadLibraryWOErrorExt()");
+  if (vx::isEmptyText(name)) {
+    vx::report(VX_ERROR, "vxAPI: VXLoadLibraryWOError", VX_BAD_PARAMETER,
+               "Invalid name passed. Returning VX_BAD_PARAMETER.");
+    return VX_BAD_PARAMETER;
+  }
+  vx::Runtime::setRecentlyLoadedDllName(name);
+  void* const library =
+      vx::callSilently<void*>(nullptr, [name] { return vx::openLibrary(_determineRealLibraryName(name)); });
+  if (handle) *handle = library;
+  return library ? VX_RESULT_OK : VX_LIBRARY_LOAD_FAILED;
+}
+
+VXErrorCode VXLoadLibraryWOError(const char* name) {
+  const vx::TraceFrame trace("source/vxAPI:VXLoadLibraryWOError()");
+  return VXLoadLibraryWOErrorExt(name, nullptr);
+}
+
+int VXLoadLibrary(const char* name) {
+  const vx::TraceFrame trace("source/vxAPI:VXLoadLibrary()");
+  if (vx::isEmptyText(name)) {
+    vx::report(VX_ERROR, "vxAPI: VXLoadLibrary", VX_BAD_PARAMETER, "Invalid name passed. Returning 0(=false).");
+    return 0;
+  }
+  const VXErrorCode code = VXLoadLibraryWOErrorExt(name, nullptr);
+  if (code == VX_RESULT_OK) return 1;
+  vx::reportComposed(VX_ERROR, "VXLoadLibrary", code, [name] {
+    return "Could not load or create library " + std::string(_determineRealLibraryName(name)) +
+           ". Some modules may not be creatable.";
+  });
+  return 0;
+}
+
+VXErrorCode VXUnLoadLibrary(const char* name, void* handle, char** errorText, int force) {
+  const vx::TraceFrame trace("source/vxAPI:VXUnLoadLibrary()");
+  if (vx::isEmptyText(name)) {
+    vx::report(VX_ERROR, "vxAPI: VXUnLoadLibrary", VX_BAD_PARAMETER,
+               "Invalid name passed. Returning VX_BAD_PARAMETER.");
+    return VX_BAD_PARAMETER;
+  }
+  const long long numInstances = vx::Runtime::getNumInstancesDependentOnDll(name);
+  if (numInstances < 0) return VX_BAD_PARAMETER;
+  if (numInstances > 0 && !force) return VX_LIBRARY_IN_USE;
+
+  const UnloadingScope unloading;
+  if (errorText) *errorText = nullptr;
+  return vx::callSilently<VXErrorCode>(VX_LIBRARY_UNLOAD_FAILED, [=] {
+    std::string text;
+    const bool isUnloaded = vx::closeLibrary(handle, text);
+    if (errorText) *errorText = VXStrDup(text.c_str(), VX_RETURN_NULL);
+    return isUnloaded ? VX_RESULT_OK : VX_LIBRARY_UNLOAD_FAILED;
+  });
+}
+
+int VXIsCurrentlyUnloadingLibrary(void) { return _vxIsUnloadingLibrary.load(); }
+
+VXErrorCode VXSetUnloadLibraryState(int state) {
+  if (state != 0 && state != 1) {
+    vx::report(VX_ERROR, "vxAPI: VXSetUnloadLibraryState", VX_BAD_PARAMETER,
+               "Invalid parameter value passed, leaving state unchanged.");
+    return VX_BAD_PARAMETER;
+  }
+  unloadLibraryState.store(state);
+  return VX_RESULT_OK;
+}
+
+int VXGetUnloadLibraryState(void) { return unloadLibraryState.load(); }

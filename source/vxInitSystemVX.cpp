@@ -1,0 +1,103 @@
+#include "vxInitSystemVX.h"
+
+#include "vxAPI.h"
+#include "vxEnvironment.h"
+#include "vxGuards.h"
+#include "vxImagePropertyExtension.h"
+#include "vxNotify.h"
+#include "vxTraceBuffer.h"
+
+const char VXVersionString[] = "1.8.68.23.87";
+
+namespace vx {
+
+namespace {
+
+constexpr char registryName[] = "VX";
+
+bool _vxIsInitialized = false;
+
+// A 32-bit value that is doubled thirty-six times is zero, whatever it held.
+void forceAlwaysFalseToZero() {
+  for (int i = 0; i < 36; ++i) VXAlwaysFalse = static_cast<int>(2U * static_cast<unsigned int>(VXAlwaysFalse));
+}
+
+int VXinit() {
+  const TraceFrame trace("source/vxInitSystemVX:VXinit()");
+  if (_vxIsInitialized) return 1;
+  guardedBlock([] {
+    forceAlwaysFalseToZero();
+    // Parents before their children: a class names its parent by text.
+    for (const auto initClass : {
+             &ImagePropertyExtensionContainer::initClass,
+             &ImagePropertyExtension::initClass,
+         }) {
+      initClass(nullptr, nullptr);
+    }
+    _vxIsInitialized = true;
+    setVXEnvironment();
+  });
+  return 1;
+}
+
+void VXdestroy() {
+  const TraceFrame trace("source/vxInitSystemVX:VXdestroy()");
+  guardedBlock([] {
+    VXNotify.removeAllNotifyCBs();
+    Runtime::destroy();
+    VXErrorOutput.destroy();
+  });
+}
+
+// The text as a number, wrapped to 32 bits; 0 for a text that is none.
+int toInt(const char* text) {
+  VXint64 value = 0;
+  VXint64Scan(text, &value);
+  return static_cast<int>(static_cast<unsigned int>(value));
+}
+
+}  // namespace
+
+int initVX() { return VXinit(); }
+
+void destroyVX() { VXdestroy(); }
+
+void setVXEnvironment() {
+  const TraceFrame trace("source/vxInitSystemVX:setVXEnvironment()");
+  guardedBlock([] {
+    const char* const debugOn = environmentText("VX_DEBUG_ON");
+    const unsigned int filter = VXErrorOutput.getMessageFilter();
+    VXErrorOutput.setMessageFilter(debugOn && toInt(debugOn) != 0 ? filter | VX_DEBUG : filter & 0xF7U);
+
+    const char* const debugAll = environmentText("VX_DEBUG_ALL");
+    VXErrorOutput.setFullDebuggingOn(debugAll && toInt(debugAll) != 0);
+
+    if (const char* const useExceptions = environmentText("VX_USE_EXCEPTIONS")) {
+      VXEnableExceptionHandling(toInt(useExceptions) != 0);
+    }
+    if (const char* const messageFilter = environmentText("VX_MESSAGE_FILTER")) {
+      VXErrorOutput.setMessageFilter(static_cast<unsigned int>(toInt(messageFilter)));
+    }
+    if (!environmentText("VX_SUPPRESS_VXTYPEEXTENSION_LOAD")) VXLoadLibraryWOError("VXTypeExtensions");
+  });
+}
+
+namespace {
+
+// Load of the library. The priority is the highest there is, so the library is ready before its other static objects
+// and before those of everything that links to it.
+__attribute__((constructor(101))) void attachLibrary() {
+  Runtime::setRecentlyLoadedDllName(registryName);
+  VXCheckCPPAPILinkCompatibility(1, 8, 68, 23, VXVersionString, "VXinit");
+  VXinit();
+}
+
+// Unload of the library, or the end of the process.
+__attribute__((destructor)) void detachLibrary() {
+  const TraceFrame trace("source/vxInitSystemVX:_destroyMethod##initDll()");
+  if (VXIsCurrentlyUnloadingLibrary()) Runtime::destroyRuntimeTypesOfDll(registryName);
+}
+
+}  // namespace
+
+}  // namespace vx

@@ -1,0 +1,31 @@
+// Finding and opening libraries at run time.
+
+#ifndef VX_LIBRARY_LOADER_H
+#define VX_LIBRARY_LOADER_H
+
+#include <string>
+#include <vector>
+
+namespace vx {
+
+/// The environment as far as it directs the search; null members count as not set.
+struct LibrarySearchEnvironment {
+  const char* modulePath;  ///< VX_MODULE_PATH: folders with colons between.
+  const char* loaderPath;  ///< LD_LIBRARY_PATH, which directs the system's loader.
+};
+
+/// \return the paths at which a library is looked for, in order.
+/// \param name the library, or a path if it holds a slash. \param ownFolder folder of this library, "" if unknown.
+std::vector<std::string> libraryCandidates(const std::string& name, const LibrarySearchEnvironment& environment,
+                                           const std::string& ownFolder);
+
+/// Opens a library. \param name not empty. \return the system's handle, or null.
+void* openLibrary(const char* name);
+
+/// Closes a library.
+/// \param handle from openLibrary(); null is a failure. \param errorText takes the system's text. \return success.
+bool closeLibrary(void* handle, std::string& errorText);
+
+}  // namespace vx
+
+#endif
