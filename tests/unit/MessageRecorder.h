@@ -48,13 +48,16 @@ class MessageRecorder {
     _handle = VXErrorOutput.addMessageCB(&MessageRecorder::_record, this, ~0U);
   }
   ~MessageRecorder() {
-    VXErrorOutput.removeMessageCB(_handle);
+    pause();
     VXErrorOutput.setMessageFilter(_filter);
     VXErrorOutput.sendMessagesToCout(_isCoutOn);
     VXErrorOutput.sendMessagesToCerr(_isCerrOn);
   }
   MessageRecorder(const MessageRecorder&) = delete;
   MessageRecorder& operator=(const MessageRecorder&) = delete;
+
+  /// Records no more.
+  void pause() { VXErrorOutput.removeMessageCB(_handle); }
 
   /// The messages since the last call, in their order.
   std::vector<Message> take() {

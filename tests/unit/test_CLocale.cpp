@@ -1,10 +1,9 @@
 #include "vxCLocale.h"
 
-#include <gtest/gtest.h>
-
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <gtest/gtest.h>
 #include <string>
 
 namespace vx::test {

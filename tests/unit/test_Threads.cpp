@@ -1,0 +1,159 @@
+#include "MessageRecorder.h"
+
+#include "vxMutex.h"
+#include "vxSystemInfo.h"
+#include "vxThread.h"
+#include "vxTimeCounter.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace vx::test {
+namespace {
+
+// Tells the test that a thread has come to its end.
+struct Gate {
+  std::atomic<int> numPassed{0};
+  void pass() {
+    ++numPassed;
+    numPassed.notify_all();
+  }
+  void waitFor(int number) {
+    for (int n = numPassed; n < number; n = numPassed) numPassed.wait(n);
+  }
+  static void enter(void* gate) { static_cast<Gate*>(gate)->pass(); }
+};
+
+TEST(StartThread, RunsTheFunctionWithItsArgumentAndGivesEachThreadItsOwnHandle) {
+  static Gate gate;  // outlives the last thread's way out
+  std::set<std::uintptr_t> threads;
+  for (const unsigned int stackSize : {0U, 1U, 65536U, 1U << 20}) {
+    const ThreadHandle handle = StartThread(&Gate::enter, stackSize, &gate);
+    EXPECT_TRUE(handle.valid);
+    threads.insert(handle.thread);
+  }
+  gate.waitFor(4);
+  EXPECT_EQ(threads.size(), 4U);
+  EXPECT_EQ(threads.count(0), 0U);
+}
+
+TEST(StartThread, WithoutAFunctionThereIsNoThread) {
+  const ThreadHandle handle = StartThread(nullptr, 0, nullptr);
+  EXPECT_FALSE(handle.valid);
+  EXPECT_EQ(handle.thread, 0U);
+}
+
+TEST(StartThread, AnExceptionAtTheEndOfAThreadIsReported) {
+  static Gate gate;
+  VXErrorOutput.reset();
+  VXErrorOutput.sendMessagesToCerr(false);
+  static std::atomic<VXErrorCode> code{0};
+  VXErrorOutput.addMessageCB(
+      [](void*, const VXMessage* message) {
+        code = message->errorCode;
+        gate.pass();
+      },
+      nullptr, VX_FATAL);
+  EXPECT_TRUE(StartThread([](void*) { throw 5; }, 0, nullptr).valid);
+  gate.waitFor(1);
+  EXPECT_EQ(code, VX_UNKNOWN_EXCEPTION);
+  VXErrorOutput.destroy();
+  VXErrorOutput.reset();
+}
+
+// Whether another thread could take the mutex now.
+bool isFree(Mutex& mutex) {
+  bool isFreeNow = false;
+  std::thread([&]() VX_NO_THREAD_SAFETY_ANALYSIS {
+    isFreeNow = mutex.tryLock();
+    if (isFreeNow) mutex.unlock();
+  }).join();
+  return isFreeNow;
+}
+
+TEST(Mutex, IsRecursiveAndExcludesOtherThreads) {
+  Mutex mutex;
+  {
+    const MutexLock outer(mutex);
+    EXPECT_FALSE(isFree(mutex));
+    EXPECT_TRUE(mutex.tryLock());
+    mutex.unlock();
+    EXPECT_FALSE(isFree(mutex));
+  }
+  EXPECT_TRUE(isFree(mutex));
+}
+
+TEST(Mutex, GuardsACounterOfManyThreads) {
+  Mutex mutex;
+  int counter = 0;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&] {
+      for (int n = 0; n < 1000; ++n) {
+        const MutexLock lock(mutex);
+        ++counter;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(counter, 4000);
+}
+
+class MultithreadingMutexTest : public ::testing::Test {
+ protected:
+  void TearDown() override { _VXSetMultithreadingActive(0); }
+  Mutex mutex;
+};
+
+TEST_F(MultithreadingMutexTest, LocksOnlyWhileMultithreadingIsActive) {
+  mutex.lockWhileMultithreading();
+  EXPECT_TRUE(isFree(mutex));
+  mutex.unlockWhileMultithreading();
+  _VXSetMultithreadingActive(1);
+  mutex.lockWhileMultithreading();
+  EXPECT_FALSE(isFree(mutex));
+  mutex.unlockWhileMultithreading();
+  EXPECT_TRUE(isFree(mutex));
+}
+
+TEST_F(MultithreadingMutexTest, AChangeBetweenThePairLeavesTheMutexLocked) VX_NO_THREAD_SAFETY_ANALYSIS {
+  _VXSetMultithreadingActive(1);
+  mutex.lockWhileMultithreading();
+  _VXSetMultithreadingActive(0);
+  mutex.unlockWhileMultithreading();
+  EXPECT_FALSE(isFree(mutex));
+  mutex.unlock();
+}
+
+TEST_F(MultithreadingMutexTest, TheScopedLockAsksOnce) {
+  _VXSetMultithreadingActive(1);
+  {
+    const MultithreadingLock lock(mutex);
+    EXPECT_FALSE(isFree(mutex));
+    _VXSetMultithreadingActive(0);
+  }
+  EXPECT_TRUE(isFree(mutex));
+  {
+    const MultithreadingLock lock(mutex);
+    EXPECT_TRUE(isFree(mutex));
+  }
+}
+
+TEST(TimeCounter, CountsFromItsStart) {
+  TimeCounter counter;
+  std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  const long double before = counter.getRunningTimeInSeconds();
+  EXPECT_GE(before, 0.005L);
+  TimeCounter copy = counter;
+  counter.reset();
+  EXPECT_GE(copy.getRunningTimeInSeconds(), before);
+  EXPECT_LT(counter.getRunningTimeInSeconds(), copy.getRunningTimeInSeconds());
+}
+
+TEST(SystemInfo, ThereIsAProcessor) { EXPECT_GE(SystemInfo::getNumVirtualProcessors(), 1U); }
+
+}  // namespace
+}  // namespace vx::test
