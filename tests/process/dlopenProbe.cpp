@@ -1,0 +1,77 @@
+// A host that loads the library at run time: argument 1 is its path, argument 2 what to do.
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <string>
+
+namespace {
+
+void* load(const char* path) {
+  void* handle = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+  if (!handle) std::printf("no library: %s\n", dlerror());
+  return handle;
+}
+
+template <class Function>
+Function find(void* handle, const char* name) {
+  void* symbol = dlsym(handle, name);
+  if (!symbol) {
+    std::printf("no symbol %s\n", name);
+    std::exit(1);
+  }
+  return reinterpret_cast<Function>(symbol);
+}
+
+bool isLoaded(const char* path) {
+  void* handle = dlopen(path, RTLD_NOW | RTLD_NOLOAD);
+  if (handle) dlclose(handle);
+  return handle != nullptr;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 3) return 2;
+  const char* path = argv[1];
+  const std::string what = argv[2];
+  // One variable may be longer than what the system passes to a new process.
+  const std::string longText(1 << 20, what == "long-digits" ? '9' : 'x');
+  if (what == "long-text" || what == "long-digits") {
+    for (const char* name : {"VX_NUM_THREADS", "VX_DEBUG_ON", "VX_DEBUG_ALL", "VX_USE_EXCEPTIONS", "VX_MESSAGE_FILTER",
+                             "VX_MEM_OPT_LEVEL", "VX_CACHE_SIZE_IN_KB", "VX_MODULE_PATH"}) {
+      setenv(name, longText.c_str(), 1);
+    }
+  }
+  // The base layer alone, so that its flag can be spoilt before the start-up sees it.
+  int* alwaysFalse = nullptr;
+  if (what == "always-false") {
+    const std::string folder = std::string(path).substr(0, std::string(path).rfind('/'));
+    void* utils = load((folder + "/libVXUtils.so.1").c_str());
+    if (!utils) return 1;
+    alwaysFalse = find<int*>(utils, "VXAlwaysFalse");
+    *alwaysFalse = 0x12345677;
+  }
+  const int numRounds = what == "often" ? 50 : 1;
+  for (int round = 0; round < numRounds; ++round) {
+    void* handle = load(path);
+    if (!handle) return 1;
+    const auto init = find<int (*)(int, int, int)>(handle, "VXInit");
+    const auto fromName = find<int (*)(const char*)>(handle, "VXLoadLibraryWOError");
+    const auto destroy = find<int (*)()>(handle, "VXDestroy");
+    if (round == 0) std::printf("init=%d load=%d ", init(1, 8, 68), fromName("NoSuchLibrary"));
+    if (alwaysFalse) std::printf("always false=%d ", *alwaysFalse);
+    if (what == "destroy" || what == "often") {
+      const int result = destroy();
+      if (round == 0) std::printf("destroy=%d ", result);
+    }
+    dlclose(handle);
+    if (isLoaded(path)) {
+      std::printf("still loaded in round %d\n", round);
+      return 1;
+    }
+  }
+  std::printf("unloaded\n");
+  return 0;
+}
