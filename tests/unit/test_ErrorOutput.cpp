@@ -1,30 +1,17 @@
 #include "MessageRecorder.h"
+#include "TestAllocator.h"
 
 #include "vxErrorOutput.h"
 #include "vxRuntime.h"
 
 #include <atomic>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <iostream>
-#include <new>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
-
-namespace {
-std::atomic<long> numAllocations{0};
-}  // namespace
-
-void* operator new(std::size_t size) {
-  ++numAllocations;
-  if (void* memory = std::malloc(size)) return memory;
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace vx::test {
 namespace {
@@ -353,13 +340,34 @@ TEST_F(ErrorOutputTest, TheFatalMessageIsPrintedAndNotifiedWithoutAllocating) {
   VXErrorOutput.addMessageCB([](void*, const VXMessage*) { ++numCalls; }, nullptr, VX_FATAL);
   VXPrintAndNotifyFatal("warm.cpp", 1, VX_NO_MEMORY);  // the capture grows its text here
   VXErrorOutput.sendMessagesToCerr(false);
-  const long before = numAllocations;
+  const long before = numAllocations();
   VXPrintAndNotifyFatal("source.cpp", 7, VX_NO_MEMORY);
-  EXPECT_EQ(numAllocations, before);
+  EXPECT_EQ(numAllocations(), before);
   EXPECT_EQ(numCalls, 2);
   EXPECT_EQ(cerr.text(),
             "VX fatal error 2 (An allocation of memory failed.): Function=VXPrintAndNotifyFatal(), Reason=A guarded "
             "block was left by a failure., File=warm.cpp, Line=1\n");
+}
+
+TEST_F(ErrorOutputTest, AReportThatFindsNoMemoryBecomesAFatalMessage) {
+  VXErrorOutput.sendMessagesToCerr(false);
+  struct Heard {
+    int number = 0;
+    VXErrorCode code = 0;
+  } heard;
+  VXErrorOutput.addMessageCB(
+      [](void* userData, const VXMessage* message) {
+        ++static_cast<Heard*>(userData)->number;
+        static_cast<Heard*>(userData)->code = message->errorCode;
+      },
+      &heard, ~0U);
+  {
+    const FailingAllocations failing;
+    report(VX_ERROR, "a label that is too long for the room inside a string", VX_BAD_PARAMETER, "reason");
+    EXPECT_EQ(VXAddMessageCB([](void*, const VXMessage*) {}, nullptr, ~0U), 0U);
+  }
+  EXPECT_EQ(heard.number, 2);
+  EXPECT_EQ(heard.code, VX_NO_MEMORY) << "of the registration; the report before had code 1";
 }
 
 TEST_F(ErrorOutputTest, TheFatalMessageTakesNoFileAndDropsWhatACallbackThrows) {

@@ -1,4 +1,5 @@
 #include "MessageRecorder.h"
+#include "TestAllocator.h"
 
 #include "vxGuards.h"
 
@@ -8,18 +9,6 @@
 #include <new>
 #include <string>
 #include <vector>
-
-namespace {
-bool failsToAllocate = false;
-}  // namespace
-
-void* operator new(std::size_t size) {
-  void* memory = failsToAllocate ? nullptr : std::malloc(size);
-  if (!memory) throw std::bad_alloc();
-  return memory;
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace vx::test {
 namespace {
@@ -105,10 +94,10 @@ TEST(GuardedNew, TellsAThrowingConstructorFromMissingMemory) {
       },
       nullptr, VX_FATAL);
   messages.pause();
-  failsToAllocate = true;
-  const Counted* none = guardedNew<Counted>(SourcePosition(), 1);
-  failsToAllocate = false;
-  EXPECT_EQ(none, nullptr);
+  {
+    const FailingAllocations failing;
+    EXPECT_EQ(guardedNew<Counted>(SourcePosition(), 1), nullptr);
+  }
   EXPECT_EQ(numMessages, 1);
   EXPECT_EQ(code, VX_NO_MEMORY);
   VXErrorOutput.destroy();

@@ -1,4 +1,5 @@
 #include "MessageRecorder.h"
+#include "TestAllocator.h"
 
 #include "vxBase.h"
 #include "vxRuntime.h"
@@ -256,6 +257,28 @@ TEST_F(RuntimeTest, AfterDestroyNothingIsFoundAndTheRootComesBackWithTheNextClas
   Shape::initClass(nullptr, nullptr);
   EXPECT_EQ(Runtime::fromName("Base"), Base::getClassTypeId());
   EXPECT_EQ(Shape::getClassTypeId()->getParent(), Base::getClassTypeId());
+}
+
+TEST_F(RuntimeTest, ARegistrationWithoutMemoryIsRefusedAndLeavesTheTableAsItWas) {
+  const char* const name = "AClassWithANameThatIsTooLongForTheRoomInsideAString";
+  long numFailures = 0;
+  for (;; ++numFailures) {
+    MessageRecorder messages;
+    messages.pause();
+    VXErrorOutput.setMessageFilter(0);
+    const RuntimeType* type = nullptr;
+    {
+      const FailingAllocations failing(numFailures);
+      type = Runtime::initType(nullptr, "Base", "Other", name, nullptr);
+    }
+    if (type) break;
+    EXPECT_EQ(Runtime::fromName(name), nullptr);
+    int numEntries = 0;
+    for (const RuntimeType* entry = Runtime::getFirstEntry(); entry; entry = Runtime::getNextEntry()) ++numEntries;
+    EXPECT_GE(numEntries, 3);
+  }
+  EXPECT_GE(numFailures, 2);
+  EXPECT_STREQ(Runtime::fromName(name)->getName(), name);
 }
 
 TEST(Base, HasAnEmptyPersistentState) {

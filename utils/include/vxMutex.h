@@ -74,7 +74,7 @@ class VX_SCOPED_CAPABILITY MutexLock {
 
 /// Holds a mutex for the life of a scope if multi-threading is active when the scope begins.
 /// The answer is asked once, so the pair always matches.
-class VX_SCOPED_CAPABILITY MultithreadingLock {
+class VX_EXPORT VX_SCOPED_CAPABILITY MultithreadingLock {
  public:
   explicit MultithreadingLock(Mutex& mutex) VX_ACQUIRE(mutex);
   ~MultithreadingLock() VX_RELEASE();

@@ -68,7 +68,7 @@ struct RuntimeTable {
     const auto record = records.find(className);
     if (record == records.end()) return nullptr;
     RuntimeType* const type = record->second.type.get();
-    return isRegistered(type) ? type : nullptr;
+    return type && isRegistered(type) ? type : nullptr;
   }
 
   bool isRegistered(const RuntimeType* type) const;
