@@ -22,8 +22,10 @@
 
 // Limits -------------------------------------------------------------------------------------------------------------
 
-/// Largest number of components of a voxel, and of its bytes in a carrier.
+/// Largest number of components of a voxel.
 #define VX_MAX_TYPE_COMPONENTS 512
+/// Largest number of bytes of a voxel: the size of the largest carrier.
+#define VX_MAX_TYPE_SIZE 512
 /// Longest name of a type, in characters.
 #define VX_MAX_TYPE_NAME_LENGTH 256
 /// Longest text of a voxel, in characters.
