@@ -6,6 +6,7 @@
 #include "vxImagePropertyExtension.h"
 #include "vxNotify.h"
 #include "vxTraceBuffer.h"
+#include "vxTypeInfos.h"
 
 const char VXVersionString[] = "1.8.68.23.87";
 
@@ -27,6 +28,10 @@ int VXinit() {
   if (_vxIsInitialized) return 1;
   guardedBlock([] {
     forceAlwaysFalseToZero();
+    if (!VXInitializeTypes()) {
+      report(VX_FATAL, "VXinit()", VX_TYPE_INIT_FAILED,
+             "Could not initialize standard VX types required for basic operations.");
+    }
     // Parents before their children: a class names its parent by text.
     for (const auto initClass : {
              &ImagePropertyExtensionContainer::initClass,
@@ -46,6 +51,7 @@ void VXdestroy() {
     VXNotify.removeAllNotifyCBs();
     Runtime::destroy();
     VXErrorOutput.destroy();
+    VXDestroyTypes();
   });
 }
 
