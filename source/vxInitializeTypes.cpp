@@ -1,12 +1,13 @@
 // Start-up of the type table: the ten standard types and their slots.
 
-#include <cstring>
-#include <limits>
-
 #include "vxStandardTypeTable.h"
+#include "vxStdTypeInfos.h"
 #include "vxTraceBuffer.h"
-#include "vxTypeInfos.h"
 #include "vxTypeTable.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
 
 namespace {
 
@@ -15,42 +16,32 @@ constexpr VXint32 numReservedTypes = 2048;
 
 bool areTypesInitialized = false;
 
-// The record of a standard type, made at the first call.
-template <VXDataType number, class T>
-VXTypeInfos& standardRecord() {
-  static const T smallest = std::numeric_limits<T>::lowest();
-  static const T largest = std::numeric_limits<T>::max();
-  static const T zero = 0;
-  static VXTypeInfos record;
-  static const int isFilled = [] {
-    const vx::StandardType& type = vx::standardTypes[number];
-    const unsigned char* const address = reinterpret_cast<const unsigned char*>(&zero);
-    VXTypeSetDefaultFunctionPointers(&record);
-    return VXTypeInfosInit(&record, sizeof(T), type.name, static_cast<double>(smallest), static_cast<double>(largest),
-                           &smallest, &largest, &zero, type.structInfoString, 1, number, &address,
-                           type.numGoodCastTos, type.goodCastTos);
-  }();
-  static_cast<void>(isFilled);
-  return record;
+// The record of a standard type, made by the first call that has the memory for it; null without.
+template <class T>
+VXTypeInfos* standardRecord() {
+  if (VXTStdTypeInfos<T>::_numInstances == 0) static_cast<void>(VXTStdTypeInfos<T>());
+  return VXTStdTypeInfos<T>::_myInfos;
 }
 
 }  // namespace
 
 int VXInitializeTypes(void) {
   const vx::TraceFrame trace("source/vxTypeInfos:VXInitializeTypes()");
-  vx::typeTable.reserve(numReservedTypes);
   static const bool areSlotsCleared = [] {
     for (VXTypeInfos& slot : VXTypeInfosTable) slot.dataType = -1;
     return true;
   }();
   static_cast<void>(areSlotsCleared);
 
-  VXTypeInfos* const records[vx::numStandardTypes] = {
-      &standardRecord<VXint8Type, VXint8>(),       &standardRecord<VXuint8Type, VXuint8>(),
-      &standardRecord<VXint16Type, VXint16>(),     &standardRecord<VXuint16Type, VXuint16>(),
-      &standardRecord<VXint32Type, VXint32>(),     &standardRecord<VXuint32Type, VXuint32>(),
-      &standardRecord<VXfloatType, VXfloat>(),     &standardRecord<VXdoubleType, VXdouble>(),
-      &standardRecord<VXldoubleType, VXldouble>(), &standardRecord<VXint64Type, VXint64>()};
+  // Numbers are positions in the table, so the types are registered together or not at all: what the first lack of
+  // memory left undone, the next call does.
+#define VX_STANDARD_RECORD(T, number) standardRecord<T>(),
+  VXTypeInfos* const records[] = {VX_FOR_EACH_STANDARD_TYPE(VX_STANDARD_RECORD)};
+#undef VX_STANDARD_RECORD
+  static_assert(std::size(records) == vx::numStandardTypes);
+  const bool haveRecords = std::find(std::begin(records), std::end(records), nullptr) == std::end(records);
+  if (!haveRecords || !vx::typeTable.reserve(numReservedTypes)) return areTypesInitialized;
+
   bool hasRegistered = false;
   for (VXTypeInfos* const record : records) hasRegistered = VXRegisterTypeInfos(record) || hasRegistered;
   if (hasRegistered && !areTypesInitialized) {
