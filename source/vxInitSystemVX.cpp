@@ -3,7 +3,9 @@
 #include "vxAPI.h"
 #include "vxEnvironment.h"
 #include "vxGuards.h"
+#include "vxImageProperties.h"
 #include "vxImagePropertyExtension.h"
+#include "vxMedicalImageProperties.h"
 #include "vxNotify.h"
 #include "vxTraceBuffer.h"
 #include "vxTypeInfos.h"
@@ -34,8 +36,10 @@ int VXinit() {
     }
     // Parents before their children: a class names its parent by text.
     for (const auto initClass : {
+             &ImageProperties::initClass,
              &ImagePropertyExtensionContainer::initClass,
              &ImagePropertyExtension::initClass,
+             &MedicalImageProperties::initClass,
          }) {
       initClass(nullptr, nullptr);
     }
