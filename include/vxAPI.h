@@ -8,6 +8,8 @@
 #ifndef VX_API_H
 #define VX_API_H
 
+#include "vxDataTypes.h"
+#include "vxTypeInfos.h"
 #include "vxTypes.h"
 #include "vxUtilsAPI.h"
 
