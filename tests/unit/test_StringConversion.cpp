@@ -1,3 +1,5 @@
+#include "MessageRecorder.h"
+
 #include "vxBase.h"
 #include "vxStringConversion.h"
 #include "vxUtilsAPI.h"
@@ -9,6 +11,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <sys/resource.h>
 #include <vector>
 
 namespace vx::test {
@@ -459,6 +462,30 @@ TEST(StringConversionTest, ACTextIsACopyThatGoesBack) {
   StringConversion::deleteString(copy);
   StringConversion::deleteString(nullptr);
 }
+
+// The sanitizers reserve more address space than any limit leaves.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(StringConversionTest, ACTextWithoutMemoryIsFatal) {
+  const std::string text(std::size_t{1} << 28U, 'x');
+  MessageRecorder messages;
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+  const rlimit tight{1, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_AS, &tight), 0);
+  int code = 0;
+  try {
+    StringConversion::deleteString(StringConversion::newString(text));
+  } catch (int thrown) {
+    code = thrown;
+  }
+  ASSERT_EQ(setrlimit(RLIMIT_AS, &before), 0);
+  EXPECT_EQ(code, VX_NO_MEMORY);
+  const auto taken = messages.take();
+  ASSERT_EQ(taken.size(), 1U);
+  EXPECT_EQ(taken[0].type, VX_FATAL);
+  EXPECT_EQ(taken[0].code, VX_NO_MEMORY);
+}
+#endif
 
 TEST(StringConversionTest, OnlyTheBlankCountsAsSpace) {
   const std::string text = "  a  \tb ";
