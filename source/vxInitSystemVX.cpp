@@ -8,6 +8,7 @@
 #include "vxMedicalImageProperties.h"
 #include "vxNotify.h"
 #include "vxTraceBuffer.h"
+#include "vxTreeNode.h"
 #include "vxTypeInfos.h"
 
 const char VXVersionString[] = "1.8.68.23.87";
@@ -40,6 +41,8 @@ int VXinit() {
              &ImagePropertyExtensionContainer::initClass,
              &ImagePropertyExtension::initClass,
              &MedicalImageProperties::initClass,
+             &TreeNode::initClass,
+             &TreeNodeException::initClass,
          }) {
       initClass(nullptr, nullptr);
     }
