@@ -25,6 +25,10 @@ target_compile_options(vx_build_options INTERFACE
   -fsigned-char
   # Messages name sources as they stand in the project, not where this machine keeps them.
   "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # A library with unique symbols, which gcc makes of the static members of templates, is never unloaded.
+  target_compile_options(vx_build_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
+endif()
 if(VX_WARNINGS_AS_ERRORS)
   target_compile_options(vx_build_options INTERFACE -Werror)
 endif()
