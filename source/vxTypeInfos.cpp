@@ -148,7 +148,7 @@ VXuint32 VXTypeGetNumComponents(VXDataType dataType) {
 
 const char* VXTypeGetStructInfoString(VXDataType dataType) {
   const VXTypeInfos* const infos = VXGetTypeInfosForDataType(dataType);
-  return infos ? infos->structInfoString : "";
+  return infos && infos->structInfoString ? infos->structInfoString : "";
 }
 
 VXDataType VXTypeGetBestScalarTypeForTypeComponentChars(const char* chars, int noInt64, int noLongDouble) {

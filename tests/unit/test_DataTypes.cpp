@@ -6,6 +6,7 @@
 #include <string>
 
 #include "TestTypes.h"
+#include "TypesInC.h"
 #include "vxTypeInfos.h"
 
 namespace vx::test {
@@ -260,6 +261,11 @@ TEST(RegisteredTypesTest, AreStoredInCarriersAndHaveAKindOnlyIfAllComponentsHave
     EXPECT_EQ(VXDataTypeFromName(VXNameFromDataType(row.type)), row.type);
     EXPECT_STREQ(VXDataTypeNames()[row.type], VXNameFromDataType(row.type));
   }
+}
+
+TEST(RegisteredTypesTest, CanBeMadeInC) {
+  ASSERT_EQ(VXInitializeTypes(), 1);
+  EXPECT_EQ(vxTestTypesInC(), 0);
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ class Block {
 
 TEST(TypeComponentsTest, EveryCodeStaysWithinItsBytesAtAnyAddress) {
   for (const char* code = allCodes; *code; ++code) {
-    for (const std::size_t offset : {0, 1, 3}) {
+    for (const std::size_t offset : {0U, 1U, 3U}) {
       Block block(*code, offset), result(*code, offset);
       VXTypeSetDoubleComponent(*code, 1, block.address());
       EXPECT_EQ(VXTypeGetDoubleComponent(*code, block.address()), 1) << *code;

@@ -1,13 +1,29 @@
 #include "vxTypeInfos.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <new>
 #include <thread>
 #include <vector>
 
 #include "MessageRecorder.h"
 #include "TestTypes.h"
+
+namespace {
+// While set, no memory is given for anything as large as a saved record.
+thread_local bool refusesLargeBlocks = false;
+}  // namespace
+
+// Not inline, or gcc takes the pairs of new and free for a mistake.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  void* const memory = refusesLargeBlocks && size >= sizeof(VXTypeInfos) ? nullptr : std::malloc(size);
+  if (!memory) throw std::bad_alloc();
+  return memory;
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace vx::test {
 namespace {
@@ -206,6 +222,29 @@ TEST_F(TypeSlotsTest, ThePushBeforeThreadsIsStillRestoredAfterThem) {
   }
   EXPECT_TRUE(isInSlot(11, complexType()));
   VXTypeInfoPop(outer);
+}
+
+TEST_F(TypeSlotsTest, WithoutMemoryToSaveASlotItStaysAndThereIsNothingToPop) {
+  std::vector<VXTypePushSingleInfo> pushed;
+  VXTypePushSingleInfo failed = {9, 9};
+  refusesLargeBlocks = true;
+  // What is saved is kept in memory that grows now and then, so that a few pushes may still find room.
+  for (int i = 0; i < 1000 && failed.pushInfo != 0; ++i) {
+    failed = VXTypeInfosPushAndSetOutput(i % 2 == 0 ? complexType() : otherComplexType());
+    if (failed.pushInfo != 0) pushed.push_back(failed);
+  }
+  refusesLargeBlocks = false;
+  EXPECT_EQ(recorder.take(), (std::vector<Message>{{VX_FATAL, VX_NO_MEMORY, "_VXTypeInfosPushAndSet()",
+                                                    "The VXTypeInfosTable is not updated."}}));
+  expectPushed(failed, 0, 11);
+  VXTypeInfoPop(failed);
+  while (!pushed.empty()) {
+    VXTypeInfoPop(pushed.back());
+    pushed.pop_back();
+  }
+  const VXTypePushSingleInfo next = VXTypeInfosPushAndSetOutput(complexType());
+  expectPushed(next, 1, 11);
+  VXTypeInfoPop(next);
 }
 
 // The type stays in the slot where the user who set it left before another one of the same type.
