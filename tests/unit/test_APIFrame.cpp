@@ -74,7 +74,10 @@ TEST_F(APIFrameTest, TheResultOfTheWorkerPasses) {
 }
 
 TEST_F(APIFrameTest, EachKindOfFunctionHasItsOwnResultAndWordsAfterAnException) {
-  const auto thrower = [](auto value) { return [value]() -> decltype(value) { throw 5; }; };
+  const auto thrower = [](auto value) {
+    using Result = decltype(value);
+    return []() -> Result { throw 5; };
+  };
   EXPECT_EQ(callFramed("vxAPI:_VXA()", returnsErrorCode, thrower(0)), 1);
   callFramed("vxAPI:_VXB()", returnsNothing, [] { throw std::string("x"); });
   EXPECT_EQ(callFramed("vxAPI:_VXC()", returnsPointer, thrower(&messages)), nullptr);
@@ -181,7 +184,7 @@ TEST_F(APIFrameTest, TheObjectCheckPassesTheClassAndItsDescendants) {
 }
 
 TEST_F(APIFrameTest, TheRecursionGuardRefusesANestedOperation) {
-  const auto nested = [this] {
+  const auto nested = [] {
     EXPECT_EQ(withRecursionGuard("inner", "Terminating/breaking recursion.", [] { return 5; }), VX_RECURSION_STOPPED);
     return 3;
   };

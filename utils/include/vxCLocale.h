@@ -4,9 +4,9 @@
 #ifndef VX_C_LOCALE_H
 #define VX_C_LOCALE_H
 
-#include <locale.h>
-
 #include "vxTypes.h"
+
+#include <locale.h>
 
 namespace vx {
 
