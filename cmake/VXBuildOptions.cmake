@@ -46,10 +46,6 @@ if(VX_SANITIZERS)
     # With sanitizers gcc sees uninitialised values in the standard library that are none.
     target_compile_options(vx_build_options INTERFACE -Wno-maybe-uninitialized)
   endif()
-  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # Between its own checks gcc loses sight of what is set; the other presets keep this warning.
-    target_compile_options(vx_build_options INTERFACE -Wno-maybe-uninitialized)
-  endif()
   if(VX_SANITIZERS MATCHES "undefined")
     target_compile_options(vx_build_options INTERFACE -fsanitize=float-cast-overflow -fno-sanitize-recover=all)
   endif()
