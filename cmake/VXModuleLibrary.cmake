@@ -8,6 +8,8 @@ function(vx_add_module_library name)
   target_compile_features(${name} PRIVATE cxx_std_17)
   # Mapped voxels have the same bits in modules as in the library.
   target_compile_options(${name} PRIVATE -ffp-contract=off)
+  # A library with unique symbols, which gcc makes of the static members of templates, is never unloaded.
+  target_compile_options(${name} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
   set_target_properties(${name} PROPERTIES
     PREFIX "lib" CXX_VISIBILITY_PRESET hidden C_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   if(TARGET vx_build_options)

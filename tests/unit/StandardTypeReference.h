@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <limits>
 #include <ostream>
 #include <type_traits>
@@ -65,15 +66,19 @@ S castNumber(Number number) {
 template <class S>
 std::vector<S> interestingVoxels() {
   std::vector<S> voxels = {std::numeric_limits<S>::lowest(), std::numeric_limits<S>::max(), 0, 1, 2, 3, 5, 31, 33, 100};
+  // One by one: gcc 12 takes the insertion of a list for an access behind the end.
+  const auto add = [&voxels](std::initializer_list<S> more) {
+    for (const S voxel : more) voxels.push_back(voxel);
+  };
   if constexpr (std::is_signed_v<S>) {
-    voxels.insert(voxels.end(), {S(-1), S(-2), S(-100)});
+    add({S(-1), S(-2), S(-100)});
   } else {
-    voxels.push_back(200);
+    add({S(200)});
   }
   if constexpr (std::is_floating_point_v<S>) {
     using Limits = std::numeric_limits<S>;
-    voxels.insert(voxels.end(), {S(-0.0), S(0.5), S(2.9), S(-2.9), S(300.7), S(1e10), Limits::min(), -Limits::min(),
-                                 Limits::denorm_min(), Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN()});
+    add({S(-0.0), S(0.5), S(2.9), S(-2.9), S(300.7), S(1e10), Limits::min(), -Limits::min(), Limits::denorm_min(),
+         Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN()});
   }
   return voxels;
 }
