@@ -106,6 +106,11 @@ struct Printed {
   friend std::ostream& operator<<(std::ostream& stream, Printed printed) { return stream << +printed.value; }
 };
 
+/// Checks the bytes in front of a voxel and behind it.
+inline void expectUntouched(const unsigned char* bytes, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(bytes[i], 0x5A) << "a byte beside the voxel was written";
+}
+
 /// A voxel at an odd address, between bytes that nobody may touch.
 template <class S>
 class GuardedVoxel {
@@ -116,11 +121,8 @@ class GuardedVoxel {
   S value() const {
     S value;
     std::memcpy(&value, _bytes + 7, sizeof value);
-    for (std::size_t i = 0; i < sizeof _bytes; ++i) {
-      if (i < 7 || i >= 7 + sizeof value) {
-        EXPECT_EQ(_bytes[i], 0x5A) << "byte " << i << " beside the voxel was written";
-      }
-    }
+    expectUntouched(_bytes, 7);
+    expectUntouched(_bytes + 7 + sizeof value, 16);
     return value;
   }
 
