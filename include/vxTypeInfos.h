@@ -366,7 +366,7 @@ VX_C_API void VXTypeBinaryXor(const VXTypeInfos* infos, const unsigned char* a, 
 
 /// Casts a voxel of my type to another: a copy of the bytes within one type, otherwise component by component as
 /// floating point numbers, as far as both have components; further components of the other stay.
-/// \param otherData takes the result. It must not overlap `myData` unless the types are one.
+/// \param otherData takes the result; may be `myData`.
 VX_C_API void VXTypeCastToOtherType(const VXTypeInfos* myInfos, const unsigned char* myData,
                                     const VXTypeInfos* otherInfos, unsigned char* otherData);
 
@@ -381,7 +381,7 @@ VX_C_API short VXTypeIsGreaterThanOtherType(const VXTypeInfos* myInfos, const un
                                             const VXTypeInfos* otherInfos, const unsigned char* otherData);
 
 /// Casts the other voxel into `result` as my type, then combines my voxel with it by my type's `multWithType`.
-/// \param result a voxel of my type; may be `myData`, not `otherData` unless the types are one.
+/// \param result a voxel of my type; may be `myData` or `otherData`.
 VX_C_API void VXTypeMultWithOtherType(const VXTypeInfos* myInfos, const unsigned char* myData,
                                       const VXTypeInfos* otherInfos, const unsigned char* otherData,
                                       unsigned char* result);

@@ -229,6 +229,23 @@ TEST_F(TypeWrappersTest, TheResultMayBeMyVoxel) {
   EXPECT_EQ(mine, (Vector3{11, 22, 6})) << "a component that the other type lacks is its own operand";
 }
 
+TEST_F(TypeWrappersTest, TheResultMayBeTheOtherVoxel) {
+  const Vector3 mine = {1, 2, 3};
+  const Complex other = {10, 20};
+  Vector3 voxel = {0, 0, 30};
+  std::memcpy(&voxel, &other, sizeof other);
+  VXTypeAddOtherType(vector, bytes(mine), complex, bytes(voxel), bytes(voxel));
+  EXPECT_EQ(voxel, (Vector3{11, 22, 33})) << "wider components than those that are read";
+
+  std::memcpy(&voxel, &other, sizeof other);
+  VXTypeCastToOtherType(complex, bytes(voxel), vector, bytes(voxel));
+  EXPECT_EQ(voxel, (Vector3{10, 20, 33}));
+  VXTypeCastToOtherType(vector, bytes(voxel), complex, bytes(voxel));
+  Complex back;
+  std::memcpy(&back, &voxel, sizeof back);
+  EXPECT_EQ(back, other);
+}
+
 TEST_F(TypeWrappersTest, AnOperationThatMyTypeLeavesOutIsReportedByItsDefault) {
   const Sparse mine = {1, 2};
   const Complex other = {10, 20};
