@@ -438,49 +438,55 @@ int VXTypeInfosInit(VXTypeInfos* infos, VXuint64 size, const char* name, double 
 inline void VXTypeInfoPop(VXTypePushSingleInfo pushed) { VXTypeInfoPop(pushed.pushInfo, pushed.slot); }
 
 // The same operations with the arguments of the record's members behind the record, so that an operation can pass its
-// own arguments on as they come.
+// own arguments on as they come. They are templates so that a call where both would do, one with null pointers, takes
+// the function of the C interface.
 
 /// \copydoc VXTypeIsEqualToOtherType
-inline short VXTypeIsEqualToOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                                      const unsigned char* otherData, const unsigned char* myData) {
+template <class = void>
+short VXTypeIsEqualToOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
+                               const unsigned char* otherData, const unsigned char* myData) {
   return VXTypeIsEqualToOtherType(myInfos, myData, otherInfos, otherData);
 }
 /// \copydoc VXTypeIsSmallerThanOtherType
-inline short VXTypeIsSmallerThanOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                                          const unsigned char* otherData, const unsigned char* myData) {
+template <class = void>
+short VXTypeIsSmallerThanOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
+                                   const unsigned char* otherData, const unsigned char* myData) {
   return VXTypeIsSmallerThanOtherType(myInfos, myData, otherInfos, otherData);
 }
 /// \copydoc VXTypeIsGreaterThanOtherType
-inline short VXTypeIsGreaterThanOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                                          const unsigned char* otherData, const unsigned char* myData) {
+template <class = void>
+short VXTypeIsGreaterThanOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
+                                   const unsigned char* otherData, const unsigned char* myData) {
   return VXTypeIsGreaterThanOtherType(myInfos, myData, otherInfos, otherData);
 }
 /// \copydoc VXTypeMultWithOtherType
-inline void VXTypeMultWithOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                                    const unsigned char* otherData, const unsigned char* myData,
-                                    unsigned char* result) {
+template <class = void>
+void VXTypeMultWithOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos, const unsigned char* otherData,
+                             const unsigned char* myData, unsigned char* result) {
   VXTypeMultWithOtherType(myInfos, myData, otherInfos, otherData, result);
 }
 /// \copydoc VXTypeDivByOtherType
-inline void VXTypeDivByOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                                 const unsigned char* otherData, const unsigned char* myData, unsigned char* result) {
+template <class = void>
+void VXTypeDivByOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos, const unsigned char* otherData,
+                          const unsigned char* myData, unsigned char* result) {
   VXTypeDivByOtherType(myInfos, myData, otherInfos, otherData, result);
 }
 /// \copydoc VXTypeAddOtherType
-inline void VXTypeAddOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                               const unsigned char* otherData, const unsigned char* myData, unsigned char* result) {
+template <class = void>
+void VXTypeAddOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos, const unsigned char* otherData,
+                        const unsigned char* myData, unsigned char* result) {
   VXTypeAddOtherType(myInfos, myData, otherInfos, otherData, result);
 }
 /// \copydoc VXTypeSubtractOtherType
-inline void VXTypeSubtractOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                                    const unsigned char* otherData, const unsigned char* myData,
-                                    unsigned char* result) {
+template <class = void>
+void VXTypeSubtractOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos, const unsigned char* otherData,
+                             const unsigned char* myData, unsigned char* result) {
   VXTypeSubtractOtherType(myInfos, myData, otherInfos, otherData, result);
 }
 /// \copydoc VXTypePowerOfOtherType
-inline void VXTypePowerOfOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                                   const unsigned char* otherData, const unsigned char* myData,
-                                   unsigned char* result) {
+template <class = void>
+void VXTypePowerOfOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos, const unsigned char* otherData,
+                            const unsigned char* myData, unsigned char* result) {
   VXTypePowerOfOtherType(myInfos, myData, otherInfos, otherData, result);
 }
 

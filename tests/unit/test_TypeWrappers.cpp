@@ -206,6 +206,10 @@ TEST_F(TypeWrappersTest, ComparisonsReportNullPointers) {
   const VXTypeInfos* const noInfos = nullptr;
   EXPECT_EQ(VXTypeIsGreaterThanOtherType(noInfos, bytes(voxel), vector, bytes(voxel)), 0);
   expectReport("VXTypeIsGreaterThanOtherType", badOrder);
+  EXPECT_EQ(VXTypeIsEqualToOtherType(nullptr, nullptr, nullptr, nullptr), 0);
+  expectReport("VXTypeIsEqualToOtherType", badEqual);
+  EXPECT_EQ(VXTypeIsSmallerThanOtherType(vector, nullptr, nullptr, nullptr), 0);
+  expectReport("VXTypeIsSmallerThanOtherType", badOrder);
 }
 
 TEST_F(TypeWrappersTest, ArithmeticCastsTheOtherVoxelAndUsesMyOperation) {
@@ -277,6 +281,8 @@ TEST_F(TypeWrappersTest, ArithmeticReportsNullPointers) {
   expectReport("VXTypeSubtractOtherType", badOther);
   VXTypePowerOfOtherType(vector, bytes(a), vector, bytes(a), nullptr);
   expectReport("VXTypePowerOfOtherType", badOther);
+  VXTypeAddOtherType(nullptr, nullptr, nullptr, nullptr, nullptr);
+  expectReport("VXTypeAddOtherType", badOther);
   EXPECT_EQ(result, (Vector3{7, 7, 7}));
 }
 
