@@ -159,6 +159,20 @@ TEST_F(TypeWrappersTest, ACastToAnotherTypeGoesByComponents) {
   EXPECT_EQ(number, 300);
 }
 
+TEST_F(TypeWrappersTest, ACastTakesNoMoreComponentsThanARecordHas) {
+  const std::string codes(2 * VX_MAX_TYPE_COMPONENTS, 'c');
+  VXTypeInfos from = {};
+  from.dataType = -1;
+  from.numComponents = static_cast<VXuint32>(codes.size());
+  from.structInfoString = codes.c_str();
+  VXTypeInfos to = from;
+  for (VXuint32 i = 0; i < VX_MAX_TYPE_COMPONENTS; ++i) from.componentOffsets[i] = to.componentOffsets[i] = i;
+  const std::vector<unsigned char> source(VX_MAX_TYPE_COMPONENTS, 7);
+  std::vector<unsigned char> result(VX_MAX_TYPE_COMPONENTS);
+  VXTypeCastToOtherType(&from, source.data(), &to, result.data());
+  EXPECT_EQ(result, source);
+}
+
 TEST_F(TypeWrappersTest, RecordsThatAreNotRegisteredAreNotTakenForOneType) {
   VXTypeInfos a = *complex, b = *vector;
   a.dataType = b.dataType = -1;
