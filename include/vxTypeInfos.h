@@ -437,6 +437,11 @@ int VXTypeInfosInit(VXTypeInfos* infos, VXuint64 size, const char* name, double 
 /// VXTypeInfoPop() with the record that the push gave.
 inline void VXTypeInfoPop(VXTypePushSingleInfo pushed) { VXTypeInfoPop(pushed.pushInfo, pushed.slot); }
 
+/// VXTypeInfosPop() of two pushes that were done one by one.
+inline void VXTypeInfosPop(VXTypePushSingleInfo first, VXTypePushSingleInfo second) {
+  VXTypeInfosPop(VXTypePushInfo{first, second});
+}
+
 // The same operations with the arguments of the record's members behind the record, so that an operation can pass its
 // own arguments on as they come. They are templates so that a call where both would do, one with null pointers, takes
 // the function of the C interface.

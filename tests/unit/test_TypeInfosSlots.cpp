@@ -137,6 +137,12 @@ TEST_F(TypeSlotsTest, TwoTypesOnOneSlotAreUndoneInReverse) {
   VXTypeInfosPop(pushed);
 }
 
+TEST_F(TypeSlotsTest, TwoSinglePushesAreUndoneAsAPair) {
+  const VXTypePushSingleInfo first = VXTypeInfosPushAndSetOutput(complexType());
+  const VXTypePushSingleInfo second = VXTypeInfosPushAndSetOutput(otherComplexType());
+  VXTypeInfosPop(first, second);
+}
+
 TEST_F(TypeSlotsTest, ATypeThatIsInItsSlotAlreadyIsLeftThereByItsPop) {
   const VXTypePushSingleInfo outer = VXTypeInfosPushAndSetOutput(complexType());
   const VXTypePushSingleInfo inner = VXTypeInfosPushAndSetOutput(complexType());
