@@ -366,7 +366,7 @@ VX_C_API void VXTypeBinaryXor(const VXTypeInfos* infos, const unsigned char* a, 
 
 /// Casts a voxel of my type to another: a copy of the bytes within one type, otherwise component by component as
 /// floating point numbers, as far as both have components; further components of the other stay.
-/// \param otherData takes the result. It must not overlap `myData` unless the types are one.
+/// \param otherData takes the result; may be `myData`.
 VX_C_API void VXTypeCastToOtherType(const VXTypeInfos* myInfos, const unsigned char* myData,
                                     const VXTypeInfos* otherInfos, unsigned char* otherData);
 
@@ -381,7 +381,7 @@ VX_C_API short VXTypeIsGreaterThanOtherType(const VXTypeInfos* myInfos, const un
                                             const VXTypeInfos* otherInfos, const unsigned char* otherData);
 
 /// Casts the other voxel into `result` as my type, then combines my voxel with it by my type's `multWithType`.
-/// \param result a voxel of my type; may be `myData`, not `otherData` unless the types are one.
+/// \param result a voxel of my type; may be `myData` or `otherData`.
 VX_C_API void VXTypeMultWithOtherType(const VXTypeInfos* myInfos, const unsigned char* myData,
                                       const VXTypeInfos* otherInfos, const unsigned char* otherData,
                                       unsigned char* result);
@@ -437,50 +437,61 @@ int VXTypeInfosInit(VXTypeInfos* infos, VXuint64 size, const char* name, double 
 /// VXTypeInfoPop() with the record that the push gave.
 inline void VXTypeInfoPop(VXTypePushSingleInfo pushed) { VXTypeInfoPop(pushed.pushInfo, pushed.slot); }
 
+/// VXTypeInfosPop() of two pushes that were done one by one.
+inline void VXTypeInfosPop(VXTypePushSingleInfo first, VXTypePushSingleInfo second) {
+  VXTypeInfosPop(VXTypePushInfo{first, second});
+}
+
 // The same operations with the arguments of the record's members behind the record, so that an operation can pass its
-// own arguments on as they come.
+// own arguments on as they come. They are templates so that a call where both would do, one with null pointers, takes
+// the function of the C interface.
 
 /// \copydoc VXTypeIsEqualToOtherType
-inline short VXTypeIsEqualToOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                                      const unsigned char* otherData, const unsigned char* myData) {
+template <class = void>
+short VXTypeIsEqualToOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
+                               const unsigned char* otherData, const unsigned char* myData) {
   return VXTypeIsEqualToOtherType(myInfos, myData, otherInfos, otherData);
 }
 /// \copydoc VXTypeIsSmallerThanOtherType
-inline short VXTypeIsSmallerThanOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                                          const unsigned char* otherData, const unsigned char* myData) {
+template <class = void>
+short VXTypeIsSmallerThanOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
+                                   const unsigned char* otherData, const unsigned char* myData) {
   return VXTypeIsSmallerThanOtherType(myInfos, myData, otherInfos, otherData);
 }
 /// \copydoc VXTypeIsGreaterThanOtherType
-inline short VXTypeIsGreaterThanOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                                          const unsigned char* otherData, const unsigned char* myData) {
+template <class = void>
+short VXTypeIsGreaterThanOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
+                                   const unsigned char* otherData, const unsigned char* myData) {
   return VXTypeIsGreaterThanOtherType(myInfos, myData, otherInfos, otherData);
 }
 /// \copydoc VXTypeMultWithOtherType
-inline void VXTypeMultWithOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                                    const unsigned char* otherData, const unsigned char* myData,
-                                    unsigned char* result) {
+template <class = void>
+void VXTypeMultWithOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos, const unsigned char* otherData,
+                             const unsigned char* myData, unsigned char* result) {
   VXTypeMultWithOtherType(myInfos, myData, otherInfos, otherData, result);
 }
 /// \copydoc VXTypeDivByOtherType
-inline void VXTypeDivByOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                                 const unsigned char* otherData, const unsigned char* myData, unsigned char* result) {
+template <class = void>
+void VXTypeDivByOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos, const unsigned char* otherData,
+                          const unsigned char* myData, unsigned char* result) {
   VXTypeDivByOtherType(myInfos, myData, otherInfos, otherData, result);
 }
 /// \copydoc VXTypeAddOtherType
-inline void VXTypeAddOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                               const unsigned char* otherData, const unsigned char* myData, unsigned char* result) {
+template <class = void>
+void VXTypeAddOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos, const unsigned char* otherData,
+                        const unsigned char* myData, unsigned char* result) {
   VXTypeAddOtherType(myInfos, myData, otherInfos, otherData, result);
 }
 /// \copydoc VXTypeSubtractOtherType
-inline void VXTypeSubtractOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                                    const unsigned char* otherData, const unsigned char* myData,
-                                    unsigned char* result) {
+template <class = void>
+void VXTypeSubtractOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos, const unsigned char* otherData,
+                             const unsigned char* myData, unsigned char* result) {
   VXTypeSubtractOtherType(myInfos, myData, otherInfos, otherData, result);
 }
 /// \copydoc VXTypePowerOfOtherType
-inline void VXTypePowerOfOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
-                                   const unsigned char* otherData, const unsigned char* myData,
-                                   unsigned char* result) {
+template <class = void>
+void VXTypePowerOfOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos, const unsigned char* otherData,
+                            const unsigned char* myData, unsigned char* result) {
   VXTypePowerOfOtherType(myInfos, myData, otherInfos, otherData, result);
 }
 

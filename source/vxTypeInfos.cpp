@@ -49,8 +49,10 @@ VXDataType physicalTypeOfBasicType(const CommonProperties& common, VXuint64 size
   return size == 8 && common.isLong ? static_cast<VXDataType>(VXint64Type) : -1;
 }
 
-// Whether every component lies within the voxel, and the voxel within its carrier.
+// Whether every component lies within the voxel, and the voxel within its carrier. A record that was filled by hand may
+// say nothing of its size.
 [[maybe_unused]] bool areSizesConsistent(const VXTypeInfos& infos) {
+  if (infos.typeSize == 0 || !infos.structInfoString) return true;
   bool areConsistent = infos.typeSize <= infos.physicalSize;
   vx::forEachComponent(infos, [&](char code, VXuint32 offset) {
     areConsistent = areConsistent && VXuint64{offset} + VXTypeComponentSize(code) <= infos.typeSize;

@@ -36,6 +36,7 @@ bool isSlot(VXint32 slot) { return slot >= 0 && slot < VX_NUM_TYPE_SLOTS; }
 struct SavedSlot {
   VXint32 slot;
   bool isOfThreads;  // saved while multi-threading was active
+  bool isLeftOver;   // all who used the slot have popped, and nobody restored it
   unsigned char record[sizeof(VXTypeInfos)];
 };
 
@@ -64,11 +65,11 @@ class SlotStack {
     const MultithreadingLock lock(_mutex);
     if (VXIsMultithreadingActive() && _numUsers[slot] > 0) --_numUsers[slot];
     if (_numUsers[slot] > 0) return Outcome::done;
-    const auto saved = std::find_if(_saved.rbegin(), _saved.rend(), [=](const SavedSlot& s) { return s.slot == slot; });
+    const auto saved = _topmost(slot);
     if (pushInfo == wasInSlot) {
-      // The last thread leaves a slot that another one had set: the type stays, and what was saved for that other
-      // thread is not asked for any more.
-      if (VXIsMultithreadingActive() && saved != _saved.rend() && saved->isOfThreads) _saved.erase(saved.base() - 1);
+      // The last thread leaves a slot that another one had set: the type stays, and so does what was saved for that
+      // other thread, for a pop that comes before the slot is set anew.
+      if (VXIsMultithreadingActive() && saved != _saved.rend() && saved->isOfThreads) saved->isLeftOver = true;
       return Outcome::done;
     }
     // The topmost record of this slot, since threads may pop different slots in any order.
@@ -79,11 +80,20 @@ class SlotStack {
   }
 
  private:
+  using Saved = std::vector<SavedSlot>;
+
+  Saved::reverse_iterator _topmost(VXint32 slot) VX_REQUIRES(_mutex) {
+    return std::find_if(_saved.rbegin(), _saved.rend(), [=](const SavedSlot& saved) { return saved.slot == slot; });
+  }
+
   bool _save(VXint32 slot, bool isOfThreads) VX_REQUIRES(_mutex) {
+    // Left-over records must not add up where threads set a slot again and again.
+    if (const auto last = _topmost(slot); last != _saved.rend() && last->isLeftOver) _saved.erase(last.base() - 1);
     try {
       SavedSlot& saved = _saved.emplace_back();
       saved.slot = slot;
       saved.isOfThreads = isOfThreads;
+      saved.isLeftOver = false;
       std::memcpy(saved.record, &VXTypeInfosTable[slot], sizeof(VXTypeInfos));
       return true;
     } catch (const std::bad_alloc&) {
@@ -92,7 +102,7 @@ class SlotStack {
   }
 
   Mutex _mutex;
-  std::vector<SavedSlot> _saved VX_GUARDED_BY(_mutex);
+  Saved _saved VX_GUARDED_BY(_mutex);
   VXuint64 _numUsers[VX_NUM_TYPE_SLOTS] VX_GUARDED_BY(_mutex) = {};
 };
 

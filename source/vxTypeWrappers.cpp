@@ -66,7 +66,13 @@ void cast(const VXTypeInfos& from, const unsigned char* source, const VXTypeInfo
     std::memmove(result, source, to.typeSize);
     return;
   }
-  const VXuint32 numComponents = std::min(from.numComponents, to.numComponents);
+  unsigned char copy[VX_MAX_TYPE_SIZE];
+  if (source == result) {
+    // What is written first may lie over what is read later.
+    std::memcpy(copy, source, std::min<std::size_t>(from.typeSize, sizeof copy));
+    source = copy;
+  }
+  const VXuint32 numComponents = std::min<VXuint32>({from.numComponents, to.numComponents, VX_MAX_TYPE_COMPONENTS});
   for (VXuint32 i = 0; i < numComponents; ++i) {
     const double value = VXTypeGetDoubleComponent(from.structInfoString[i], bytesAt(source, from.componentOffsets[i]));
     VXTypeSetDoubleComponent(to.structInfoString[i], value, bytesAt(result, to.componentOffsets[i]));

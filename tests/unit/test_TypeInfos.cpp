@@ -386,6 +386,17 @@ TEST(TypeRegistrationTest, RefusesNullAndNoName) {
   EXPECT_EQ(VXNumDataTypes(), numTypes);
 }
 
+TEST(TypeRegistrationTest, NeedsNoMoreThanAName) {
+  static VXTypeInfos named = {};
+  named.name = "no more than a name";
+  named.numComponents = 1;
+  static VXTypeInfos withoutSize = named;
+  withoutSize.structInfoString = "d";
+  EXPECT_EQ(VXRegisterTypeInfos(&named), 1);
+  EXPECT_EQ(VXRegisterTypeInfos(&withoutSize), 1);
+  EXPECT_EQ(VXSizeOf(withoutSize.dataType), 0U);
+}
+
 TEST(TypeRegistrationTest, OfTwoTypesWithOneNameTheFirstIsFound) {
   static InitArguments first, second;
   first.name = second.name = "a shared name";

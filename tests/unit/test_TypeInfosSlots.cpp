@@ -137,6 +137,12 @@ TEST_F(TypeSlotsTest, TwoTypesOnOneSlotAreUndoneInReverse) {
   VXTypeInfosPop(pushed);
 }
 
+TEST_F(TypeSlotsTest, TwoSinglePushesAreUndoneAsAPair) {
+  const VXTypePushSingleInfo first = VXTypeInfosPushAndSetOutput(complexType());
+  const VXTypePushSingleInfo second = VXTypeInfosPushAndSetOutput(otherComplexType());
+  VXTypeInfosPop(first, second);
+}
+
 TEST_F(TypeSlotsTest, ATypeThatIsInItsSlotAlreadyIsLeftThereByItsPop) {
   const VXTypePushSingleInfo outer = VXTypeInfosPushAndSetOutput(complexType());
   const VXTypePushSingleInfo inner = VXTypeInfosPushAndSetOutput(complexType());
@@ -258,10 +264,34 @@ TEST(TypeSlotsInThreadsTest, TheTypeStaysAfterTheLastUserWhoFoundIt) {
   VXTypeInfoPop(second);
   EXPECT_EQ(VXTypeInfosTable[12].dataType, mixedType());
   EXPECT_EQ(recorder.take(), none);
-  // Nothing is left that a later pop could take for its own.
+  // What was saved first is still there for one pop.
+  VXTypeInfoPop(1, 12);
+  EXPECT_EQ(recorder.take(), none);
+  EXPECT_EQ(VXTypeInfosTable[12].dataType, -1);
   VXTypeInfoPop(1, 12);
   EXPECT_EQ(recorder.take(), std::vector<Message>{emptyStack});
-  EXPECT_EQ(VXTypeInfosTable[12].dataType, mixedType());
+}
+
+TEST(TypeSlotsInThreadsTest, WhatIsLeftOfASlotDoesNotAddUp) {
+  ASSERT_TRUE(registerTestTypes());
+  MessageRecorder recorder;
+  const MultithreadingScope scope;
+  const VXTypeInfos slotBefore = VXTypeInfosTable[11];
+  for (int i = 0; i < 3; ++i) {
+    for (const VXDataType type : {complexType(), otherComplexType()}) {
+      const VXTypePushSingleInfo first = VXTypeInfosPushAndSetOutput(type);
+      const VXTypePushSingleInfo second = VXTypeInfosPushAndSetOutput(type);
+      expectPushed(first, 1, 11);
+      VXTypeInfoPop(first);
+      VXTypeInfoPop(second);
+    }
+  }
+  VXTypeInfoPop(1, 11);
+  EXPECT_EQ(recorder.take(), none);
+  EXPECT_EQ(VXTypeInfosTable[11].dataType, complexType());
+  VXTypeInfoPop(1, 11);
+  EXPECT_EQ(recorder.take(), std::vector<Message>{emptyStack});
+  VXTypeInfosTable[11] = slotBefore;
 }
 
 TEST(TypeSlotsInThreadsTest, ManyThreadsPushAndPopTheSameTypes) {

@@ -159,6 +159,20 @@ TEST_F(TypeWrappersTest, ACastToAnotherTypeGoesByComponents) {
   EXPECT_EQ(number, 300);
 }
 
+TEST_F(TypeWrappersTest, ACastTakesNoMoreComponentsThanARecordHas) {
+  const std::string codes(2 * VX_MAX_TYPE_COMPONENTS, 'c');
+  VXTypeInfos from = {};
+  from.dataType = -1;
+  from.numComponents = static_cast<VXuint32>(codes.size());
+  from.structInfoString = codes.c_str();
+  VXTypeInfos to = from;
+  for (VXuint32 i = 0; i < VX_MAX_TYPE_COMPONENTS; ++i) from.componentOffsets[i] = to.componentOffsets[i] = i;
+  const std::vector<unsigned char> source(VX_MAX_TYPE_COMPONENTS, 7);
+  std::vector<unsigned char> result(VX_MAX_TYPE_COMPONENTS);
+  VXTypeCastToOtherType(&from, source.data(), &to, result.data());
+  EXPECT_EQ(result, source);
+}
+
 TEST_F(TypeWrappersTest, RecordsThatAreNotRegisteredAreNotTakenForOneType) {
   VXTypeInfos a = *complex, b = *vector;
   a.dataType = b.dataType = -1;
@@ -206,6 +220,10 @@ TEST_F(TypeWrappersTest, ComparisonsReportNullPointers) {
   const VXTypeInfos* const noInfos = nullptr;
   EXPECT_EQ(VXTypeIsGreaterThanOtherType(noInfos, bytes(voxel), vector, bytes(voxel)), 0);
   expectReport("VXTypeIsGreaterThanOtherType", badOrder);
+  EXPECT_EQ(VXTypeIsEqualToOtherType(nullptr, nullptr, nullptr, nullptr), 0);
+  expectReport("VXTypeIsEqualToOtherType", badEqual);
+  EXPECT_EQ(VXTypeIsSmallerThanOtherType(vector, nullptr, nullptr, nullptr), 0);
+  expectReport("VXTypeIsSmallerThanOtherType", badOrder);
 }
 
 TEST_F(TypeWrappersTest, ArithmeticCastsTheOtherVoxelAndUsesMyOperation) {
@@ -227,6 +245,23 @@ TEST_F(TypeWrappersTest, TheResultMayBeMyVoxel) {
   const Complex other = {10, 20};
   VXTypeAddOtherType(vector, bytes(mine), complex, bytes(other), bytes(mine));
   EXPECT_EQ(mine, (Vector3{11, 22, 6})) << "a component that the other type lacks is its own operand";
+}
+
+TEST_F(TypeWrappersTest, TheResultMayBeTheOtherVoxel) {
+  const Vector3 mine = {1, 2, 3};
+  const Complex other = {10, 20};
+  Vector3 voxel = {0, 0, 30};
+  std::memcpy(&voxel, &other, sizeof other);
+  VXTypeAddOtherType(vector, bytes(mine), complex, bytes(voxel), bytes(voxel));
+  EXPECT_EQ(voxel, (Vector3{11, 22, 33})) << "wider components than those that are read";
+
+  std::memcpy(&voxel, &other, sizeof other);
+  VXTypeCastToOtherType(complex, bytes(voxel), vector, bytes(voxel));
+  EXPECT_EQ(voxel, (Vector3{10, 20, 33}));
+  VXTypeCastToOtherType(vector, bytes(voxel), complex, bytes(voxel));
+  Complex back;
+  std::memcpy(&back, &voxel, sizeof back);
+  EXPECT_EQ(back, other);
 }
 
 TEST_F(TypeWrappersTest, AnOperationThatMyTypeLeavesOutIsReportedByItsDefault) {
@@ -260,6 +295,8 @@ TEST_F(TypeWrappersTest, ArithmeticReportsNullPointers) {
   expectReport("VXTypeSubtractOtherType", badOther);
   VXTypePowerOfOtherType(vector, bytes(a), vector, bytes(a), nullptr);
   expectReport("VXTypePowerOfOtherType", badOther);
+  VXTypeAddOtherType(nullptr, nullptr, nullptr, nullptr, nullptr);
+  expectReport("VXTypeAddOtherType", badOther);
   EXPECT_EQ(result, (Vector3{7, 7, 7}));
 }
 
