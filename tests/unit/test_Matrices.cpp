@@ -150,6 +150,54 @@ TYPED_TEST(MatTest, InverseUndoesTheMatrix) {
   }
 }
 
+// The elimination in its order of steps, on plain numbers. Only to the last bit do ties of pivots, and a division in
+// place of a product with the reciprocal, show.
+template <class Mat>
+Mat eliminated(const Mat& matrix) {
+  constexpr std::size_t n = Mat::size();
+  double a[n][n];
+  double b[n][n] = {};
+  for (std::size_t i = 0; i < n; ++i) {
+    for (std::size_t j = 0; j < n; ++j) a[i][j] = matrix[i][j];
+    b[i][i] = 1;
+  }
+  for (std::size_t j = 0; j < n; ++j) {
+    std::size_t pivotRow = j;
+    for (std::size_t i = j; i < n; ++i) {
+      if (std::fabs(a[i][j]) > std::fabs(a[pivotRow][j])) pivotRow = i;
+    }
+    std::swap(a[j], a[pivotRow]);
+    std::swap(b[j], b[pivotRow]);
+    const double pivot = a[j][j];
+    for (std::size_t i = 0; i < n; ++i) {
+      b[j][i] = b[j][i] / pivot;
+      a[j][i] = a[j][i] / pivot;
+    }
+    for (std::size_t k = 0; k < n; ++k) {
+      if (k == j) continue;
+      const double factor = a[k][j];
+      for (std::size_t i = 0; i < n; ++i) {
+        b[k][i] = b[k][i] - factor * b[j][i];
+        a[k][i] = a[k][i] - factor * a[j][i];
+      }
+    }
+  }
+  return Mat(&b[0][0]);
+}
+
+TYPED_TEST(MatTest, InverseTakesTheStepsOfTheElimination) {
+  for (unsigned int seed = 0; seed < 200; ++seed) {
+    TypeParam m = this->random(seed);
+    bool isInvertible = false;
+    EXPECT_EQ(m.inverse(&isInvertible), eliminated(m)) << seed;
+    EXPECT_TRUE(isInvertible);
+    // The first column of one magnitude: the first of the equal candidates wins.
+    for (std::size_t i = 0; i < this->n; ++i) m[i][0] = i % 2 ? -.7 : .7;
+    EXPECT_EQ(m.inverse(&isInvertible), eliminated(m)) << seed;
+    EXPECT_TRUE(isInvertible);
+  }
+}
+
 TYPED_TEST(MatTest, InverseNeedsThePivotSearch) {
   TypeParam m;
   for (std::size_t i = 0; i < this->n; ++i) m[i][(i + 1) % this->n] = double(i + 1);

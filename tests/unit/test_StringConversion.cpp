@@ -104,6 +104,11 @@ TEST(StringConversionTest, FloatingPointHasSixOrFifteenDigitsWithoutTrailingZero
   EXPECT_EQ(written(-infinity), "-inf");
   EXPECT_EQ(written(std::numeric_limits<double>::quiet_NaN()), "nan");
   EXPECT_EQ(StringConversion::_doubleToString(1.L / 3, 3), "0.333");
+  // The buffer of 1023 characters takes all 751 digits of the smallest double, but cuts longer texts off.
+  const std::string longest = StringConversion::_doubleToString(std::ldexp(1.L, -1074), 5000);
+  ASSERT_EQ(longest.size(), 757U);
+  EXPECT_EQ(longest.substr(752), "e-324");
+  EXPECT_EQ(StringConversion::_doubleToString(std::numeric_limits<long double>::max(), 5000).size(), 1022U);
 }
 
 TEST(StringConversionTest, AnIntIsReadFromAnyText) {

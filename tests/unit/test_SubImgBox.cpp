@@ -210,6 +210,15 @@ TEST(SubImgBoxfTest, CoordinatesBeyondSinglePrecisionAreNotTaken) {
   EXPECT_EQ(box.v2, vec6(2e39, -limit, 2, 2, 2, 2));
 }
 
+TEST(SubImgBoxfTest, CoordinatesThatAreNoNumbersAreNotTaken) {
+  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+  const SubImgBoxf box =
+      SubImgBoxf::calcAATransformedBox(SubImgBox(V(1), V(2)), mat4(nan, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1));
+  constexpr double limit = 3.4028234663852886e+38;
+  EXPECT_EQ(box.v1, vec6(limit, 1, 1, 1, 1, 1));
+  EXPECT_EQ(box.v2, vec6(-limit, 2, 2, 2, 2, 2));
+}
+
 TEST(SubImgBoxfTest, CornerAtInfinityIsReportedAndCountsAsTheOrigin) {
   MessageRecorder recorder;
   const mat4 matrix(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0);

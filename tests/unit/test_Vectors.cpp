@@ -181,6 +181,15 @@ TEST(VectorTest, CeilingDivisionPassesThroughSinglePrecision) {
   EXPECT_EQ(divCeil(V(minInt64), V(1)), V(minInt64));
 }
 
+#if __LDBL_MANT_DIG__ >= 64
+TEST(VectorTest, CeilingDivisionRoundsTheExtendedQuotientOnce) {
+  // Just above the middle of two numbers of single precision; by way of a double it would become the middle itself,
+  // and be rounded down.
+  const VXint64 quotient = (VXint64{1} << 62) + (VXint64{1} << 38) + 1;
+  EXPECT_EQ(divCeil(V(quotient), V(1)), V((VXint64{1} << 62) + (VXint64{1} << 39)));
+}
+#endif
+
 TEST(VectorTest, CeilingDivisionBeyondTheRangeGivesTheMinimum) {
   EXPECT_EQ(divCeil(V(maxInt64), V(1)), V(minInt64));
   EXPECT_EQ(divCeil(V(minInt64), V(-1)), V(minInt64));
