@@ -31,9 +31,9 @@ class VX_EXPORT FieldSensor {
   typedef void (*Callback)(void* userData, void* sensor);
 
   /// Makes a sensor that is attached to no field.
-  /// \param callback what to call; a null one is refused when it is to be called, not here.
+  /// \param sensorCallback what to call; a null one is refused when it is to be called, not here.
   /// \param userData handed to the callback as it is; not owned, may be null.
-  FieldSensor(Callback callback, void* userData);
+  FieldSensor(Callback sensorCallback, void* userData);
 
   /// Copies the members and attaches nothing: the copy names the field of the original, which knows only the original
   /// and doesn't call the copy. The copy is to be detached or destroyed before that field is.

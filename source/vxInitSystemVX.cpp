@@ -2,6 +2,7 @@
 
 #include "vxAPI.h"
 #include "vxEnvironment.h"
+#include "vxField.h"
 #include "vxGuards.h"
 #include "vxImageProperties.h"
 #include "vxImagePropertyExtension.h"
@@ -37,6 +38,7 @@ int VXinit() {
     }
     // Parents before their children: a class names its parent by text.
     for (const auto initClass : {
+             &Field::initClass,
              &ImageProperties::initClass,
              &ImagePropertyExtensionContainer::initClass,
              &ImagePropertyExtension::initClass,
