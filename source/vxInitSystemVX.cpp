@@ -27,6 +27,9 @@ void forceAlwaysFalseToZero() {
   for (int i = 0; i < 36; ++i) VXAlwaysFalse = static_cast<int>(2U * static_cast<unsigned int>(VXAlwaysFalse));
 }
 
+// In the form of the functions that it stands among.
+void initFieldClasses(const char* /*dllName*/, const char* /*className*/) { VXInitFields(); }
+
 int VXinit() {
   const TraceFrame trace("source/vxInitSystemVX:VXinit()");
   if (_vxIsInitialized) return 1;
@@ -39,6 +42,7 @@ int VXinit() {
     // Parents before their children: a class names its parent by text.
     for (const auto initClass : {
              &Field::initClass,
+             &initFieldClasses,
              &ImageProperties::initClass,
              &ImagePropertyExtensionContainer::initClass,
              &ImagePropertyExtension::initClass,
