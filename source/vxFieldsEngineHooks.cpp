@@ -2,6 +2,8 @@
 
 #include "vxGuards.h"
 
+#include <utility>
+
 namespace vx {
 
 namespace {
@@ -11,7 +13,9 @@ FieldsEngineHooks installedHooks = {nullptr, nullptr, nullptr, nullptr};
 
 }  // namespace
 
-void installFieldsEngineHooks(const FieldsEngineHooks& hooks) noexcept { installedHooks = hooks; }
+FieldsEngineHooks installFieldsEngineHooks(const FieldsEngineHooks& hooks) noexcept {
+  return std::exchange(installedHooks, hooks);
+}
 
 const FieldsEngineHooks& fieldsEngineHooks() {
   checkFatal(installedHooks.newPagedImg != nullptr);

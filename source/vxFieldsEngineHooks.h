@@ -24,7 +24,8 @@ struct FieldsEngineHooks {
 };
 
 /// Installs the functions of the engine: at start-up, before the first output connector is made.
-void installFieldsEngineHooks(const FieldsEngineHooks& hooks) noexcept;
+/// \return what was installed before.
+FieldsEngineHooks installFieldsEngineHooks(const FieldsEngineHooks& hooks) noexcept;
 
 /// \return the installed functions. \throw int ::VX_BAD_POINTER after a fatal report if there are none.
 const FieldsEngineHooks& fieldsEngineHooks();

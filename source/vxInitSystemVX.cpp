@@ -3,6 +3,7 @@
 #include "vxAPI.h"
 #include "vxEnvironment.h"
 #include "vxField.h"
+#include "vxFieldContainer.h"
 #include "vxGuards.h"
 #include "vxImageProperties.h"
 #include "vxImagePropertyExtension.h"
@@ -43,6 +44,7 @@ int VXinit() {
     for (const auto initClass : {
              &Field::initClass,
              &initFieldClasses,
+             &FieldContainer::initClass,
              &ImageProperties::initClass,
              &ImagePropertyExtensionContainer::initClass,
              &ImagePropertyExtension::initClass,
