@@ -471,8 +471,8 @@ TEST_F(FieldContainerTest, AFieldThatIsNotNotifyingMayBeRemovedByASensor) {
   });
   removing = &other;
   StringField* const first = other.addString("first");
-  removed = other.addString("second");
-  first->attachField(removed, 1);
+  removed = nullptr;
+  first->attachField(other.addString("second"), 1);
   removed = other.getField("second");
   first->setStringValue("x");
   EXPECT_EQ(other.getSize(), 1U);
