@@ -141,31 +141,30 @@ TEST(UniversalTypeFieldTest, RegisteredTypesUpToTheRoomAreHeld) {
   EXPECT_EQ(field.getValueCastToLDouble(), 0);
 }
 
-// A record that says more than 512 bytes; the library's own functions don't make one.
-VXDataType registerHugeType() {
-  static VXTypeInfos infos = [] {
-    VXTypeInfos record = *VXGetTypeInfosForDataType(VXdoubleType);
-    record.name = "test huge";
-    record.dataType = -1;
-    record.typeSize = 513;
-    record.physicalSize = 513;
-    return record;
-  }();
-  if (infos.dataType < 0) VXRegisterTypeInfos(&infos);
-  return infos.dataType;
+// Registers a copy of the record of double under another name. What doesn't fit is written into it afterwards, since
+// the library's own functions don't make such records.
+VXTypeInfos& registerRecord(const char* name) {
+  static std::vector<std::unique_ptr<VXTypeInfos>> records;
+  records.push_back(std::make_unique<VXTypeInfos>(*VXGetTypeInfosForDataType(VXdoubleType)));
+  VXTypeInfos& record = *records.back();
+  record.name = name;
+  record.dataType = -1;
+  EXPECT_EQ(VXRegisterTypeInfos(&record), 1);
+  return record;
 }
 
-// A record that fits by its size and has a component behind the room.
+VXDataType registerHugeType() {
+  VXTypeInfos& record = registerRecord("test huge");
+  record.typeSize = 513;
+  record.physicalSize = 513;
+  return record.dataType;
+}
+
+// It fits by its size and has a component that ends behind the room.
 VXDataType registerFarType() {
-  static VXTypeInfos infos = [] {
-    VXTypeInfos record = *VXGetTypeInfosForDataType(VXdoubleType);
-    record.name = "test far";
-    record.dataType = -1;
-    record.componentOffsets[0] = 505;
-    return record;
-  }();
-  if (infos.dataType < 0) VXRegisterTypeInfos(&infos);
-  return infos.dataType;
+  VXTypeInfos& record = registerRecord("test far");
+  record.componentOffsets[0] = 505;
+  return record.dataType;
 }
 
 TEST(UniversalTypeFieldTest, TypesThatDoNotFitAreRefused) {
