@@ -96,7 +96,7 @@ TEST(FieldsValuesTest, ValuesCannotBeCopied) {
 
 TEST(FieldsValuesTest, MissingMemoryIsFatal) {
   const std::string name = "f";
-  const std::string items[] = {"a text that is too long for any short form of a string", "b"};
+  const char* const items[] = {"a text that is too long for any short form of a string", "b"};
   MessageRecorder recorder;
   int codes = 0;
   const auto expectFailures = [&](const std::function<void()>& make) {
