@@ -28,6 +28,10 @@ VX_EXPORT void destroyVX();
 /// \throw what leaves it, after a fatal report.
 VX_EXPORT void setVXEnvironment();
 
+/// Registers the classes of fields with the run-time type system, as the start-up does after `Field` itself. Classes
+/// that are registered stay as they are.
+VX_EXPORT void VXInitFields();
+
 }  // namespace vx
 
 #endif

@@ -2,6 +2,8 @@
 
 #include "vxAPI.h"
 #include "vxEnvironment.h"
+#include "vxField.h"
+#include "vxFieldContainer.h"
 #include "vxGuards.h"
 #include "vxImageProperties.h"
 #include "vxImagePropertyExtension.h"
@@ -26,6 +28,9 @@ void forceAlwaysFalseToZero() {
   for (int i = 0; i < 36; ++i) VXAlwaysFalse = static_cast<int>(2U * static_cast<unsigned int>(VXAlwaysFalse));
 }
 
+// In the form of the functions that it stands among.
+void initFieldClasses(const char* /*dllName*/, const char* /*className*/) { VXInitFields(); }
+
 int VXinit() {
   const TraceFrame trace("source/vxInitSystemVX:VXinit()");
   if (_vxIsInitialized) return 1;
@@ -37,6 +42,9 @@ int VXinit() {
     }
     // Parents before their children: a class names its parent by text.
     for (const auto initClass : {
+             &Field::initClass,
+             &initFieldClasses,
+             &FieldContainer::initClass,
              &ImageProperties::initClass,
              &ImagePropertyExtensionContainer::initClass,
              &ImagePropertyExtension::initClass,
