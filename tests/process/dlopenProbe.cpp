@@ -8,6 +8,8 @@
 
 namespace {
 
+using VXUnLoadLibraryFunction = int (*)(const char*, void*, char**, int);
+
 void* load(const char* path) {
   void* handle = dlopen(path, RTLD_NOW | RTLD_LOCAL);
   if (!handle) std::printf("no library: %s\n", dlerror());
@@ -29,6 +31,14 @@ bool isLoaded(const char* path) {
   if (handle) dlclose(handle);
   return handle != nullptr;
 }
+
+// Asks the library once more when the static objects of the host go: it was made before the library came.
+struct LateCaller {
+  VXUnLoadLibraryFunction unload = nullptr;
+  ~LateCaller() {
+    if (unload) std::printf("late=%d\n", unload("NoSuchLibrary", nullptr, nullptr, 0));
+  }
+} lateCaller;
 
 }  // namespace
 
@@ -62,6 +72,10 @@ int main(int argc, char** argv) {
     const auto destroy = find<int (*)()>(handle, "VXDestroy");
     if (round == 0) std::printf("init=%d load=%d ", init(1, 8, 68), fromName("NoSuchLibrary"));
     if (alwaysFalse) std::printf("always false=%d ", *alwaysFalse);
+    if (what == "late-call") {
+      lateCaller.unload = find<VXUnLoadLibraryFunction>(handle, "VXUnLoadLibrary");
+      return 0;
+    }
     if (what == "destroy" || what == "often") {
       const int result = destroy();
       if (round == 0) std::printf("destroy=%d ", result);

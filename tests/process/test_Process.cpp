@@ -214,6 +214,10 @@ TEST(Dlopen, TheLibraryComesAndGoes) {
   EXPECT_EQ(dlopenProbe("often"), "init=1 load=23 destroy=1 unloaded\n");
 }
 
+TEST(Dlopen, TheTypesAreGoodForTheStaticObjectsOfAHostThatWereMadeFirst) {
+  EXPECT_EQ(dlopenProbe("late-call"), "init=1 load=23 late=19\n");
+}
+
 TEST(Dlopen, TheStartUpForcesTheFlagThatIsAlwaysFalse) {
   EXPECT_EQ(dlopenProbe("always-false"), "init=1 load=23 always false=0 unloaded\n");
 }
