@@ -1,10 +1,14 @@
 // A host that loads the library at run time: argument 1 is its path, argument 2 what to do.
 
+#include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -32,6 +36,29 @@ bool isLoaded(const char* path) {
   return handle != nullptr;
 }
 
+struct ThreadHandle {
+  bool valid;
+  std::uintptr_t thread;
+};
+using StartThreadFunction = ThreadHandle (*)(void (*)(void*), unsigned int, void*);
+
+// A thread that has given its signal, but has some way to go.
+void signalAndLinger(void* hasSignalled) {
+  static_cast<std::atomic<bool>*>(hasSignalled)->store(true);
+  std::this_thread::sleep_for(std::chrono::milliseconds(2));
+}
+
+// Unloads the library as soon as its thread has given its signal.
+bool unloadBehindThread(const char* path) {
+  void* handle = load(path);
+  if (!handle) return false;
+  const auto startThread = find<StartThreadFunction>(handle, "_ZN2vx11StartThreadEPFvPvEjS0_");
+  std::atomic<bool> hasSignalled{false};
+  if (!startThread(&signalAndLinger, 0, &hasSignalled).valid) return false;
+  while (!hasSignalled) std::this_thread::yield();
+  return dlclose(handle) == 0 && !isLoaded(path);
+}
+
 // Asks the library once more when the static objects of the host go: it was made before the library came.
 struct LateCaller {
   VXUnLoadLibraryFunction unload = nullptr;
@@ -53,6 +80,13 @@ int main(int argc, char** argv) {
                              "VX_MEM_OPT_LEVEL", "VX_CACHE_SIZE_IN_KB", "VX_MODULE_PATH"}) {
       setenv(name, longText.c_str(), 1);
     }
+  }
+  if (what == "thread") {
+    for (int round = 0; round < 20; ++round) {
+      if (!unloadBehindThread(path)) return 1;
+    }
+    std::printf("unloaded\n");
+    return 0;
   }
   // The base layer alone, so that its flag can be spoilt before the start-up sees it.
   int* alwaysFalse = nullptr;

@@ -214,6 +214,8 @@ TEST(Dlopen, TheLibraryComesAndGoes) {
   EXPECT_EQ(dlopenProbe("often"), "init=1 load=23 destroy=1 unloaded\n");
 }
 
+TEST(Dlopen, AnUnloadWaitsForTheLastInstructionsOfAThread) { EXPECT_EQ(dlopenProbe("thread"), "unloaded\n"); }
+
 TEST(Dlopen, TheTypesAreGoodForTheStaticObjectsOfAHostThatWereMadeFirst) {
   EXPECT_EQ(dlopenProbe("late-call"), "init=1 load=23 late=19\n");
 }

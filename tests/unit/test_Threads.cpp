@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <set>
 #include <thread>
 #include <vector>
@@ -62,6 +63,42 @@ TEST(StartThread, AnExceptionAtTheEndOfAThreadIsReported) {
   EXPECT_EQ(code, VX_UNKNOWN_EXCEPTION);
   VXErrorOutput.destroy();
   VXErrorOutput.reset();
+}
+
+TEST(StartThread, AThreadMayEndItself) {
+  static Gate gate;
+  EXPECT_TRUE(StartThread(
+                  [](void*) {
+                    gate.pass();
+                    pthread_exit(nullptr);
+                  },
+                  0, nullptr)
+                  .valid);
+  gate.waitFor(1);
+  EXPECT_TRUE(waitForThreads(10000));
+}
+
+TEST(WaitForThreads, WaitsForTheEndOfAllButTheCaller) {
+  EXPECT_TRUE(waitForThreads(10000));
+  struct Stage {
+    std::atomic<bool> mayEnd{false};
+    std::atomic<bool> hasWaited{false};
+    Gate gate;
+  };
+  static Stage stage;
+  StartThread([](void*) { stage.mayEnd.wait(false); }, 0, nullptr);
+  EXPECT_FALSE(waitForThreads(5));
+  stage.mayEnd = true;
+  stage.mayEnd.notify_all();
+  EXPECT_TRUE(waitForThreads(10000));
+  StartThread(
+      [](void*) {
+        stage.hasWaited = waitForThreads(10000);
+        stage.gate.pass();
+      },
+      0, nullptr);
+  stage.gate.waitFor(1);
+  EXPECT_TRUE(stage.hasWaited);
 }
 
 // Whether another thread could take the mutex now.
