@@ -106,6 +106,13 @@ int main(int argc, char** argv) {
     const auto destroy = find<int (*)()>(handle, "VXDestroy");
     if (round == 0) std::printf("init=%d load=%d ", init(1, 8, 68), fromName("NoSuchLibrary"));
     if (alwaysFalse) std::printf("always false=%d ", *alwaysFalse);
+    if (what == "itself") {
+      const auto unload = find<VXUnLoadLibraryFunction>(handle, "VXUnLoadLibrary");
+      char* text = nullptr;
+      const int result = unload("VX", handle, &text, 0);
+      std::printf("unload=%d %s ", result, text);
+      find<void (*)(void*)>(handle, "VXFree")(text);
+    }
     if (what == "late-call") {
       lateCaller.unload = find<VXUnLoadLibraryFunction>(handle, "VXUnLoadLibrary");
       return 0;

@@ -216,6 +216,10 @@ TEST(Dlopen, TheLibraryComesAndGoes) {
 
 TEST(Dlopen, AnUnloadWaitsForTheLastInstructionsOfAThread) { EXPECT_EQ(dlopenProbe("thread"), "unloaded\n"); }
 
+TEST(Dlopen, TheLibraryRefusesToUnloadItself) {
+  EXPECT_EQ(dlopenProbe("itself"), "init=1 load=23 unload=66 The library can't unload itself. unloaded\n");
+}
+
 TEST(Dlopen, TheTypesAreGoodForTheStaticObjectsOfAHostThatWereMadeFirst) {
   EXPECT_EQ(dlopenProbe("late-call"), "init=1 load=23 late=19\n");
 }
@@ -252,6 +256,12 @@ TEST(Libraries, AnUnloadCanBeForced) {
 
 TEST(Libraries, ComingAndGoingLeavesNothingBehind) {
   EXPECT_EQ(probe({"load-often"}, {std::string("VX_MODULE_PATH=") + VX_TEST_MODULES}), "types more=0\n");
+}
+
+TEST(Libraries, TheTypesOfALibraryThatForgetsThemGoWithItsLastHandle) {
+  EXPECT_EQ(
+      probe({"forgetful"}, {std::string("VX_MODULE_PATH=") + VX_TEST_EXTENSIONS, "VX_SUPPRESS_VXTYPEEXTENSION_LOAD=1"}),
+      "extensions loaded as VXTypeExtensions\nfirst=0 known=1\nsecond=0 known=0\n");
 }
 
 TEST(Libraries, ADecoyInTheCurrentFolderIsNeverLoaded) {
