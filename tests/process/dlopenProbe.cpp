@@ -7,8 +7,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <link.h>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -59,6 +61,57 @@ bool unloadBehindThread(const char* path) {
   return dlclose(handle) == 0 && !isLoaded(path);
 }
 
+// Copies of the memory of a library, to read its texts once it is unloaded.
+struct Segment {
+  std::uintptr_t address;
+  std::string bytes;
+};
+
+std::vector<Segment> segmentsOf(void* handle) {
+  struct Search {
+    const link_map* map = nullptr;
+    std::vector<Segment> segments;
+  } search;
+  dlinfo(handle, RTLD_DI_LINKMAP, &search.map);
+  dl_iterate_phdr(
+      [](dl_phdr_info* info, std::size_t, void* data) {
+        auto& s = *static_cast<Search*>(data);
+        if (info->dlpi_addr != s.map->l_addr) return 0;
+        for (int i = 0; i < info->dlpi_phnum; ++i) {
+          const ElfW(Phdr)& header = info->dlpi_phdr[i];
+          if (header.p_type != PT_LOAD || (header.p_flags & (PF_R | PF_W)) != PF_R) continue;
+          const std::uintptr_t address = info->dlpi_addr + header.p_vaddr;
+          s.segments.push_back({address, std::string(reinterpret_cast<const char*>(address), header.p_filesz)});
+        }
+        return 0;
+      },
+      &search);
+  return search.segments;
+}
+
+// The beginning of the trace buffer, as far as it is looked at here.
+struct TraceBuffer {
+  unsigned short stackTop;
+  unsigned short listIndex;
+  const char* stack[65536];
+  const char* list[65536];
+};
+
+// What the library noted last in the trace, when it was unloaded already.
+void printLastTraceOfUnload(const char* path, void* utils) {
+  const auto* const trace = find<const TraceBuffer*>(utils, "_ZN2vx19VXGlobalTraceBufferE");
+  void* handle = load(path);
+  if (!handle) return;
+  const std::vector<Segment> segments = segmentsOf(handle);
+  const unsigned short before = trace->listIndex;
+  dlclose(handle);
+  std::printf("entries=%d depth=%d ", trace->listIndex - before, trace->stackTop);
+  const auto text = reinterpret_cast<std::uintptr_t>(trace->list[static_cast<unsigned short>(trace->listIndex - 1)]);
+  for (const Segment& segment : segments) {
+    if (text - segment.address < segment.bytes.size()) std::printf("%s\n", &segment.bytes[text - segment.address]);
+  }
+}
+
 // Asks the library once more when the static objects of the host go: it was made before the library came.
 struct LateCaller {
   VXUnLoadLibraryFunction unload = nullptr;
@@ -88,12 +141,16 @@ int main(int argc, char** argv) {
     std::printf("unloaded\n");
     return 0;
   }
-  // The base layer alone, so that its flag can be spoilt before the start-up sees it.
+  // The base layer alone, so that its state can be looked at before the start-up and after the unload.
   int* alwaysFalse = nullptr;
-  if (what == "always-false") {
+  if (what == "always-false" || what == "trace") {
     const std::string folder = std::string(path).substr(0, std::string(path).rfind('/'));
     void* utils = load((folder + "/libVXUtils.so.1").c_str());
     if (!utils) return 1;
+    if (what == "trace") {
+      printLastTraceOfUnload(path, utils);
+      return 0;
+    }
     alwaysFalse = find<int*>(utils, "VXAlwaysFalse");
     *alwaysFalse = 0x12345677;
   }

@@ -216,6 +216,11 @@ TEST(Dlopen, TheLibraryComesAndGoes) {
 
 TEST(Dlopen, AnUnloadWaitsForTheLastInstructionsOfAThread) { EXPECT_EQ(dlopenProbe("thread"), "unloaded\n"); }
 
+TEST(Dlopen, TheUnloadIsTracedUnderItsOwnText) {
+  const std::string text = dlopenProbe("trace");
+  EXPECT_EQ(text, "entries=1 depth=0 source/vxInitSystemVX:_destroyMethod##initDll()\n");
+}
+
 TEST(Dlopen, TheLibraryRefusesToUnloadItself) {
   EXPECT_EQ(dlopenProbe("itself"), "init=1 load=23 unload=66 The library can't unload itself. unloaded\n");
 }
