@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <fstream>
 #include <link.h>
 #include <string>
 #include <thread>
@@ -61,10 +62,11 @@ bool unloadBehindThread(const char* path) {
   return dlclose(handle) == 0 && !isLoaded(path);
 }
 
-// Copies of the memory of a library, to read its texts once it is unloaded.
+// Where a part of a library's file stands in memory, to find its texts once it is unloaded.
 struct Segment {
   std::uintptr_t address;
-  std::string bytes;
+  std::uintptr_t size;
+  std::uintptr_t offset;
 };
 
 std::vector<Segment> segmentsOf(void* handle) {
@@ -79,9 +81,8 @@ std::vector<Segment> segmentsOf(void* handle) {
         if (info->dlpi_addr != s.map->l_addr) return 0;
         for (int i = 0; i < info->dlpi_phnum; ++i) {
           const ElfW(Phdr)& header = info->dlpi_phdr[i];
-          if (header.p_type != PT_LOAD || (header.p_flags & (PF_R | PF_W)) != PF_R) continue;
-          const std::uintptr_t address = info->dlpi_addr + header.p_vaddr;
-          s.segments.push_back({address, std::string(reinterpret_cast<const char*>(address), header.p_filesz)});
+          if (header.p_type != PT_LOAD) continue;
+          s.segments.push_back({info->dlpi_addr + header.p_vaddr, header.p_filesz, header.p_offset});
         }
         return 0;
       },
@@ -108,7 +109,12 @@ void printLastTraceOfUnload(const char* path, void* utils) {
   std::printf("entries=%d depth=%d ", trace->listIndex - before, trace->stackTop);
   const auto text = reinterpret_cast<std::uintptr_t>(trace->list[static_cast<unsigned short>(trace->listIndex - 1)]);
   for (const Segment& segment : segments) {
-    if (text - segment.address < segment.bytes.size()) std::printf("%s\n", &segment.bytes[text - segment.address]);
+    if (text - segment.address >= segment.size) continue;
+    std::ifstream file(path, std::ios::binary);
+    file.seekg(static_cast<std::streamoff>(segment.offset + (text - segment.address)));
+    std::string traced;
+    std::getline(file, traced, '\0');
+    std::printf("%s\n", traced.c_str());
   }
 }
 
