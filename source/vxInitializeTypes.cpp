@@ -34,7 +34,7 @@ void releaseRecord() {
 }
 
 // The types go with the code of the library, behind the destructors of all static objects.
-__attribute__((destructor)) void releaseTypes() {
+__attribute__((destructor(101))) void releaseTypes() {
   areTypesInitialized = false;
   vx::typeTable.release();
 #define VX_RELEASE_STANDARD_RECORD(T, number) releaseRecord<T>();

@@ -147,6 +147,15 @@ TEST_F(ErrorOutputTest, ReportsCarryPrefixLeadAndThePositionOfTheCall) {
   EXPECT_EQ(taken[0].line, line);
 }
 
+TEST_F(ErrorOutputTest, AReportIsGivenThoughTheFlagOfItsGuardIsSpoilt) {
+  MessageRecorder messages;
+  VXAlwaysFalse = 1;
+  report(VX_ERROR, "where()", VX_BAD_INDEX, "why");
+  reportText(VX_FATAL, "where()", "a text", "why");
+  VXAlwaysFalse = 0;
+  EXPECT_EQ(messages.take(), (Messages{{VX_ERROR, VX_BAD_INDEX, "where()", "why"}, {VX_FATAL, 0, "where()", "why"}}));
+}
+
 TEST_F(ErrorOutputTest, MasksSelectLevelsForEachCallback) {
   int numErrors = 0;
   VXErrorOutput.sendMessagesToCerr(false);

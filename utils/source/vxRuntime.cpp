@@ -114,7 +114,7 @@ void RuntimeTable::clear() {
 namespace {
 
 // This runs behind the destructors of all static objects, and when the base layer is unloaded.
-__attribute__((destructor)) void releaseTable() { RuntimeTable::instance().clear(); }
+__attribute__((destructor(101))) void releaseTable() { RuntimeTable::instance().clear(); }
 
 }  // namespace
 
