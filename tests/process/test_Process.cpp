@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <ostream>
 #include <regex>
 #include <spawn.h>
 #include <string>
@@ -124,6 +125,10 @@ TEST(Start, TheClassesOfTheLibraryStandInTheOrderOfTheStartUpAndBelongToIt) {
 struct EnvironmentCase {
   Strings variables;
   const char* settings;
+  friend std::ostream& operator<<(std::ostream& stream, const EnvironmentCase& c) {
+    for (const std::string& variable : c.variables) stream << variable << ' ';
+    return stream;
+  }
 };
 
 class StartEnvironment : public ::testing::TestWithParam<EnvironmentCase> {};

@@ -9,7 +9,9 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <set>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace vx::test {
@@ -99,6 +101,20 @@ TEST(WaitForThreads, WaitsForTheEndOfAllButTheCaller) {
       0, nullptr);
   stage.gate.waitFor(1);
   EXPECT_TRUE(stage.hasWaited);
+}
+
+TEST(WaitForThreads, AForkedProcessHasNone) {
+  static std::atomic<bool> mayEnd{false};
+  StartThread([](void*) { mayEnd.wait(false); }, 0, nullptr);
+  const pid_t child = fork();
+  if (child == 0) _exit(waitForThreads(10) ? 0 : 1);
+  int status = -1;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  EXPECT_FALSE(waitForThreads(10));
+  mayEnd = true;
+  mayEnd.notify_all();
+  EXPECT_TRUE(waitForThreads(10000));
 }
 
 // Whether another thread could take the mutex now.

@@ -28,6 +28,15 @@ struct Thread {
 
 constinit std::mutex threadsMutex;  // guards the list; a leaf
 constinit Thread* firstThread = nullptr;
+constinit std::atomic<pid_t> threadsOwner{0};  // the process that the list is of: a fork copies it without the threads
+
+bool ownsThreads() { return threadsOwner.load() == getpid(); }
+
+void own() {
+  const std::lock_guard lock(threadsMutex);
+  firstThread = nullptr;
+  threadsOwner.store(getpid());
+}
 
 // The runtime hands out a null reference for pthread_exit(), which the sanitizer takes amiss.
 __attribute__((no_sanitize("null"))) void* runThread(void* data) {
@@ -106,7 +115,7 @@ std::atomic<std::uintptr_t> lastThread{0};
 
 ThreadHandle StartThread(void (*entry)(void*), unsigned int stackSize, void* argument) {
   if (!entry) return {};
-  joinReturned();
+  ownsThreads() ? joinReturned() : own();
   ThreadAttributes attributes;
   if (!attributes.isValid()) return {};
   if (stackSize != 0 && !attributes.setStackSize(stackSize)) return {};
@@ -118,6 +127,7 @@ ThreadHandle StartThread(void (*entry)(void*), unsigned int stackSize, void* arg
 }
 
 bool waitForThreads(unsigned int milliseconds) {
+  if (!ownsThreads()) return true;
   const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
   for (;;) {
     joinReturned();
