@@ -57,7 +57,7 @@ VX_C_API int VXLoadLibrary(const char* name);
 ///        be null. A call that doesn't reach the unload leaves it as it is.
 /// \param force non-zero: unload although instances of the library's classes live.
 /// \return 0; ::VX_BAD_PARAMETER for a bad or unknown name; ::VX_LIBRARY_IN_USE if instances live and nothing was
-///         done; ::VX_LIBRARY_UNLOAD_FAILED.
+///         done; ::VX_LIBRARY_UNLOAD_FAILED, also for the handle of this library itself.
 VX_C_API VXErrorCode VXUnLoadLibrary(const char* name, void* handle, char** errorText, int force);
 
 /// \return 1 while VXUnLoadLibrary() unloads a library, else 0.

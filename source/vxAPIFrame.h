@@ -42,9 +42,14 @@ inline constexpr ExceptionResult<int> returnsNumber{"Returning 0.", 0};
 inline constexpr ExceptionResult<const char*> returnsText{"Returning \"\".", ""};
 /// Function that returns a truth value which may be unknown.
 inline constexpr ExceptionResult<int> returnsMinusOne{"Returning -1.", -1};
+/// The description of an exception of unknown kind, looked up when it is needed: entries are called before static
+/// objects are made.
+struct UnknownExceptionText {
+  operator const char*() const noexcept { return VXGetErrorCodeDescription(VX_UNKNOWN_EXCEPTION); }
+};
 /// Function that returns the text of a state.
-inline const ExceptionResult<const char*> returnsStateText{"Returning VXGetErrorCodeDescription(VX_UNKNOWN_EXCEPTION).",
-                                                           VXGetErrorCodeDescription(VX_UNKNOWN_EXCEPTION)};
+inline constexpr ExceptionResult<UnknownExceptionText> returnsStateText{
+    "Returning VXGetErrorCodeDescription(VX_UNKNOWN_EXCEPTION).", {}};
 
 // Exception frame ----------------------------------------------------------------------------------------------------
 
@@ -170,7 +175,8 @@ const RuntimeType* typeOrNull(const Object* object) noexcept {
 }
 
 /// Calls module code directly. Whatever it throws is reported as fatal with the module as handled object, and the
-/// caller goes on.
+/// caller goes on. A thrown `char*` or `std::string` is shown as the error text, with code 0; an `int` is the code;
+/// everything else has ::VX_UNKNOWN_EXCEPTION.
 /// \param module the module. \param reason the text of the report.
 /// \param makeLabel gives the function label; called after a failure only. \param call the call.
 template <class Module, class MakeLabel, class Call>
@@ -189,7 +195,7 @@ void guardModuleCall(const Module* module, const char* reason, MakeLabel&& makeL
   };
   try {
     std::forward<Call>(call)();
-  } catch (const char* text) {
+  } catch (char* text) {  // a literal is a `const char*` and none of these
     reportOwnText(text);
   } catch (const std::string& text) {
     reportOwnText(text.c_str());

@@ -77,8 +77,12 @@ VXErrorCode VXUnLoadLibrary(const char* name, void* handle, char** errorText, in
   const UnloadingScope unloading;
   if (errorText) *errorText = nullptr;
   return vx::callSilently<VXErrorCode>(VX_LIBRARY_UNLOAD_FAILED, [=] {
+    const std::string libraryName(name);  // the text may be the library's
     std::string text;
-    const bool isUnloaded = vx::closeLibrary(handle, text);
+    bool isGone = false;
+    const bool isUnloaded = vx::closeLibrary(handle, text, &isGone);
+    // A library that doesn't remove its types itself must not leave creation functions that are gone with it.
+    if (isGone) vx::Runtime::destroyRuntimeTypesOfDll(libraryName.c_str());
     if (errorText) *errorText = VXStrDup(text.c_str(), VX_RETURN_NULL);
     return isUnloaded ? VX_RESULT_OK : VX_LIBRARY_UNLOAD_FAILED;
   });

@@ -9,6 +9,7 @@
 #include "vxImagePropertyExtension.h"
 #include "vxMedicalImageProperties.h"
 #include "vxNotify.h"
+#include "vxThread.h"
 #include "vxTraceBuffer.h"
 #include "vxTreeNode.h"
 #include "vxTypeInfos.h"
@@ -117,6 +118,7 @@ __attribute__((constructor(101))) void attachLibrary() {
 __attribute__((destructor)) void detachLibrary() {
   const TraceFrame trace("source/vxInitSystemVX:_destroyMethod##initDll()");
   if (VXIsCurrentlyUnloadingLibrary()) Runtime::destroyRuntimeTypesOfDll(registryName);
+  waitForThreads(unloadWait);
 }
 
 }  // namespace

@@ -4,10 +4,13 @@
 #include "vxStdTypeInfos.h"
 #include "vxTraceBuffer.h"
 #include "vxTypeTable.h"
+#include "vxUtilsAPI.h"
 
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <type_traits>
+#include <utility>
 
 namespace {
 
@@ -21,6 +24,22 @@ template <class T>
 VXTypeInfos* standardRecord() {
   if (VXTStdTypeInfos<T>::_numInstances == 0) static_cast<void>(VXTStdTypeInfos<T>());
   return VXTStdTypeInfos<T>::_myInfos;
+}
+
+template <class T>
+void releaseRecord() {
+  static_assert(std::is_trivially_destructible_v<VXTypeInfos>);
+  VXFree(std::exchange(VXTStdTypeInfos<T>::_myInfos, nullptr));
+  VXTStdTypeInfos<T>::_numInstances = 0;
+}
+
+// The types go with the code of the library, behind the destructors of all static objects.
+__attribute__((destructor(101))) void releaseTypes() {
+  areTypesInitialized = false;
+  vx::typeTable.release();
+#define VX_RELEASE_STANDARD_RECORD(T, number) releaseRecord<T>();
+  VX_FOR_EACH_STANDARD_TYPE(VX_RELEASE_STANDARD_RECORD)
+#undef VX_RELEASE_STANDARD_RECORD
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "vxEnvironment.h"
 
 #include <dlfcn.h>
+#include <link.h>
 #include <string_view>
 
 namespace vx {
@@ -49,6 +50,24 @@ std::string ownFolder() {
   return isAbsolute(path) ? std::string(path.substr(0, path.rfind('/'))) : std::string();
 }
 
+const link_map* mapOf(void* handle) {
+  link_map* map = nullptr;
+  return dlinfo(handle, RTLD_DI_LINKMAP, &map) == 0 ? map : nullptr;
+}
+
+// Whether a library is the one that this code stands in.
+bool isOwnLibrary(const link_map* map) {
+  Dl_info info;
+  void* ownMap = nullptr;
+  return dladdr1(reinterpret_cast<const void*>(&openLibrary), &info, &ownMap, RTLD_DL_LINKMAP) != 0 && ownMap == map;
+}
+
+bool isLoaded(const std::string& path) {
+  void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD);
+  if (handle) dlclose(handle);
+  return handle != nullptr;
+}
+
 }  // namespace
 
 std::vector<std::string> libraryCandidates(const std::string& name, const LibrarySearchEnvironment& environment,
@@ -78,15 +97,23 @@ void* openLibrary(const char* name) {
   return nullptr;
 }
 
-bool closeLibrary(void* handle, std::string& errorText) {
+bool closeLibrary(void* handle, std::string& errorText, bool* isGone) {
+  if (isGone) *isGone = false;
   if (!handle) {
     errorText = "There is no library behind a null handle.";
     return false;
   }
+  const link_map* const map = mapOf(handle);
+  if (map && isOwnLibrary(map)) {
+    errorText = "The library can't unload itself.";
+    return false;
+  }
+  const std::string path(map ? map->l_name : "");
   dlerror();  // forget what failed before
   const bool isClosed = dlclose(handle) == 0;
   const char* const error = dlerror();
   errorText = error ? error : "No error.";
+  if (isGone) *isGone = isClosed && !path.empty() && !isLoaded(path);
   return isClosed;
 }
 

@@ -23,8 +23,10 @@ std::vector<std::string> libraryCandidates(const std::string& name, const Librar
 void* openLibrary(const char* name);
 
 /// Closes a library.
-/// \param handle from openLibrary(); null is a failure. \param errorText takes the system's text. \return success.
-bool closeLibrary(void* handle, std::string& errorText);
+/// \param handle from openLibrary(); null and the handle of this library itself are failures.
+/// \param errorText takes the system's text. \param isGone takes whether the library is loaded no more; may be null.
+/// \return success.
+bool closeLibrary(void* handle, std::string& errorText, bool* isGone = nullptr);
 
 }  // namespace vx
 

@@ -1,9 +1,9 @@
 #include "vxTypeTable.h"
 
+#include "vxUtilsAPI.h"
+
 #include <algorithm>
 #include <limits>
-
-#include "vxUtilsAPI.h"
 
 namespace vx {
 
@@ -37,6 +37,12 @@ VXDataType TypeTable::append(VXTypeInfos* infos) noexcept {
   records[numTypes] = infos;
   names[numTypes] = infos->name;
   return numTypes++;
+}
+
+void TypeTable::release() noexcept {
+  VXFree(records);
+  VXFree(names);
+  *this = {nullptr, nullptr, 0, 0};
 }
 
 }  // namespace vx

@@ -84,6 +84,19 @@ void forcedUnload(const char* name) {
   std::printf(" name of the removed type=%s\n", type->getName());
 }
 
+// Unloads a library that doesn't remove its types itself, loaded twice.
+void forgetful(const char* name) {
+  void* first = nullptr;
+  void* second = nullptr;
+  VXLoadLibraryWOErrorExt(name, &first);
+  VXLoadLibraryWOErrorExt(name, &second);
+  const auto isKnown = [] { return vx::Runtime::fromName("ExtensionClass") != nullptr; };
+  const int firstResult = VXUnLoadLibrary(name, first, nullptr, 0);
+  std::printf("first=%d known=%d\n", firstResult, isKnown());
+  const int secondResult = VXUnLoadLibrary(name, second, nullptr, 0);
+  std::printf("second=%d known=%d\n", secondResult, isKnown());
+}
+
 // Comes and goes many times.
 void loadOften(const char* name) {
   const int before = numTypes();
@@ -148,6 +161,7 @@ int main(int argc, char** argv) {
       {"after-destroy", afterDestroy},
       {"library", [] { library("VXTestModules"); }},
       {"forced-unload", [] { forcedUnload("VXTestModules"); }},
+      {"forgetful", [] { forgetful("VXTypeExtensions"); }},
       {"load-often", [] { loadOften("VXTestModules"); }},
       {"decoy", [] { std::printf("decoy=%d\n", VXLoadLibraryWOError("VXTestModules")); }},
       {"refusals", refusals},

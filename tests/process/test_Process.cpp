@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <ostream>
 #include <regex>
 #include <spawn.h>
 #include <string>
@@ -124,6 +125,10 @@ TEST(Start, TheClassesOfTheLibraryStandInTheOrderOfTheStartUpAndBelongToIt) {
 struct EnvironmentCase {
   Strings variables;
   const char* settings;
+  friend std::ostream& operator<<(std::ostream& stream, const EnvironmentCase& c) {
+    for (const std::string& variable : c.variables) stream << variable << ' ';
+    return stream;
+  }
 };
 
 class StartEnvironment : public ::testing::TestWithParam<EnvironmentCase> {};
@@ -214,6 +219,21 @@ TEST(Dlopen, TheLibraryComesAndGoes) {
   EXPECT_EQ(dlopenProbe("often"), "init=1 load=23 destroy=1 unloaded\n");
 }
 
+TEST(Dlopen, AnUnloadWaitsForTheLastInstructionsOfAThread) { EXPECT_EQ(dlopenProbe("thread"), "unloaded\n"); }
+
+TEST(Dlopen, TheUnloadIsTracedUnderItsOwnText) {
+  const std::string text = dlopenProbe("trace");
+  EXPECT_EQ(text, "entries=1 depth=0 source/vxInitSystemVX:_destroyMethod##initDll()\n");
+}
+
+TEST(Dlopen, TheLibraryRefusesToUnloadItself) {
+  EXPECT_EQ(dlopenProbe("itself"), "init=1 load=23 unload=66 The library can't unload itself. unloaded\n");
+}
+
+TEST(Dlopen, TheTypesAreGoodForTheStaticObjectsOfAHostThatWereMadeFirst) {
+  EXPECT_EQ(dlopenProbe("late-call"), "init=1 load=23 late=19\n");
+}
+
 TEST(Dlopen, TheStartUpForcesTheFlagThatIsAlwaysFalse) {
   EXPECT_EQ(dlopenProbe("always-false"), "init=1 load=23 always false=0 unloaded\n");
 }
@@ -246,6 +266,12 @@ TEST(Libraries, AnUnloadCanBeForced) {
 
 TEST(Libraries, ComingAndGoingLeavesNothingBehind) {
   EXPECT_EQ(probe({"load-often"}, {std::string("VX_MODULE_PATH=") + VX_TEST_MODULES}), "types more=0\n");
+}
+
+TEST(Libraries, TheTypesOfALibraryThatForgetsThemGoWithItsLastHandle) {
+  EXPECT_EQ(
+      probe({"forgetful"}, {std::string("VX_MODULE_PATH=") + VX_TEST_EXTENSIONS, "VX_SUPPRESS_VXTYPEEXTENSION_LOAD=1"}),
+      "extensions loaded as VXTypeExtensions\nfirst=0 known=1\nsecond=0 known=0\n");
 }
 
 TEST(Libraries, ADecoyInTheCurrentFolderIsNeverLoaded) {

@@ -147,6 +147,15 @@ TEST_F(ErrorOutputTest, ReportsCarryPrefixLeadAndThePositionOfTheCall) {
   EXPECT_EQ(taken[0].line, line);
 }
 
+TEST_F(ErrorOutputTest, AReportIsGivenThoughTheFlagOfItsGuardIsSpoilt) {
+  MessageRecorder messages;
+  VXAlwaysFalse = 1;
+  report(VX_ERROR, "where()", VX_BAD_INDEX, "why");
+  reportText(VX_FATAL, "where()", "a text", "why");
+  VXAlwaysFalse = 0;
+  EXPECT_EQ(messages.take(), (Messages{{VX_ERROR, VX_BAD_INDEX, "where()", "why"}, {VX_FATAL, 0, "where()", "why"}}));
+}
+
 TEST_F(ErrorOutputTest, MasksSelectLevelsForEachCallback) {
   int numErrors = 0;
   VXErrorOutput.sendMessagesToCerr(false);
@@ -399,6 +408,93 @@ TEST_F(ErrorOutputTest, ResetBringsTheDefaultsBackAndLeavesCopiesTheirCallbacks)
   const StreamCapture cout(std::cout);
   sendTo(copy, VX_ERROR);
   EXPECT_EQ(messages.take().size(), 1U);
+}
+
+TEST_F(ErrorOutputTest, ACallbackThatWasPutAsideInACopyCanStillBeRemoved) {
+  VXErrorOutput.sendMessagesToCerr(false);
+  int numCalls = 0;
+  const VXCallbackHandle handle =
+      VXAddMessageCB([](void* userData, const VXMessage*) { ++*static_cast<int*>(userData); }, &numCalls, ~0U);
+  const ErrorOutput saved(VXErrorOutput);
+  VXErrorOutput.reset();
+  sendTo(saved, VX_ERROR);
+  EXPECT_EQ(numCalls, 1);
+  EXPECT_EQ(VXRemoveNotifyCB(handle), 0) << "a handle of the other list";
+  EXPECT_EQ(VXRemoveMessageCB(handle), 1);
+  sendTo(saved, VX_ERROR);
+  EXPECT_EQ(numCalls, 1) << "its user data may be gone";
+  EXPECT_EQ(VXRemoveMessageCB(handle), 0);
+}
+
+TEST_F(ErrorOutputTest, ARemovalWithoutMemoryCountsOnce) {
+  VXErrorOutput.sendMessagesToCerr(false);
+  int numCalls = 0;
+  const auto count = [](void* userData, const VXMessage*) { ++*static_cast<int*>(userData); };
+  const VXCallbackHandle handle = VXAddMessageCB(count, &numCalls, ~0U);
+  {
+    const FailingAllocations failing;
+    EXPECT_EQ(VXRemoveMessageCB(handle), 1);
+    EXPECT_EQ(VXRemoveMessageCB(handle), 0);
+  }
+  EXPECT_EQ(VXRemoveMessageCB(handle), 0);
+  sendTo(VXErrorOutput, VX_ERROR);
+  EXPECT_EQ(numCalls, 0);
+  EXPECT_NE(VXAddMessageCB(count, &numCalls, ~0U), 0U);
+  sendTo(VXErrorOutput, VX_ERROR);
+  EXPECT_EQ(numCalls, 1);
+}
+
+// Refuses everything, and says how often it was asked.
+class BrokenBuffer : public std::streambuf {
+ public:
+  int numWrites = 0;
+
+ protected:
+  int_type overflow(int_type) override { return traits_type::eof(); }
+  std::streamsize xsputn(const char*, std::streamsize) override {
+    ++numWrites;
+    return 0;
+  }
+};
+
+TEST_F(ErrorOutputTest, AStreamThatThrowsDoesNotKeepAMessageFromTheCallbacks) {
+  MessageRecorder messages;
+  VXErrorOutput.sendMessagesToCout(true);
+  BrokenBuffer broken;
+  std::streambuf* const before = std::cout.rdbuf(&broken);
+  std::cout.exceptions(std::ios_base::badbit);
+  EXPECT_NO_THROW(sendTo(VXErrorOutput, VX_ERROR));
+  std::cout.exceptions(std::ios_base::goodbit);
+  std::cout.rdbuf(before);
+  EXPECT_EQ(broken.numWrites, 1);
+  EXPECT_EQ(messages.take().size(), 1U);
+}
+
+// Counts the pieces in which a text arrives.
+class PieceCounter : public std::stringbuf {
+ public:
+  int numPieces = 0;
+
+ protected:
+  std::streamsize xsputn(const char* text, std::streamsize length) override {
+    ++numPieces;
+    return std::stringbuf::xsputn(text, length);
+  }
+};
+
+TEST_F(ErrorOutputTest, ALineIsWrittenInOnePieceAndALongOneWhole) {
+  PieceCounter pieces;
+  std::streambuf* const before = std::cerr.rdbuf(&pieces);
+  sendTo(VXErrorOutput, VX_ERROR);
+  const int numPieces = pieces.numPieces;
+  const std::string longReason(5000, 'x');
+  sendTo(VXErrorOutput, VX_ERROR, longReason);
+  std::cerr.rdbuf(before);
+  EXPECT_EQ(numPieces, 1);
+  EXPECT_EQ(pieces.str(),
+            "VX error 19 (An argument is invalid.): Function=label, Reason=reason, File=source.cpp, Line=12\n"
+            "VX error 19 (An argument is invalid.): Function=label, Reason=" +
+                longReason + ", File=source.cpp, Line=12\n");
 }
 
 TEST_F(ErrorOutputTest, DestroyRemovesTheCallbacksAndKeepsPrinting) {

@@ -93,6 +93,15 @@ TEST_F(ImagePropertyExtensionTest, ComparisonGoesElementByElement) {
   EXPECT_TRUE(a != b);
 }
 
+TEST_F(ImagePropertyExtensionTest, ExtensionsOfDifferentClassesAreNeverEqual) {
+  ImagePropertyExtensionContainer texts;
+  texts.appendEntry(std::make_unique<TextExtension>("same"));
+  ImagePropertyExtensionContainer labels;
+  labels.appendEntry(std::make_unique<LabelExtension>("same"));
+  EXPECT_FALSE(texts == labels);
+  EXPECT_FALSE(labels == texts);
+}
+
 TEST_F(ImagePropertyExtensionTest, EmptyContainersAreEqualAndNullIsNotAdded) {
   ImagePropertyExtensionContainer container;
   container.appendEntry(nullptr);

@@ -2,6 +2,8 @@
 
 #include "MessageRecorder.h"
 
+#include "vxAPI.h"
+#include "vxRuntime.h"
 #include "vxStdTypeInfos.h"
 #include "vxUtilsAPI.h"
 
@@ -34,6 +36,12 @@ void* __wrap_VXRealloc(void* memory, VXuint64 size, VXMemoryErrorHandling handli
 }
 
 namespace {
+
+TEST(InitializeTypesTest, TheStartUpGoesOnWithoutThem) {
+  EXPECT_NE(vx::Runtime::fromName("ImageProperties"), nullptr);
+  EXPECT_NE(vx::Runtime::fromName("TreeNodeException"), nullptr);
+  EXPECT_EQ(VXInit(1, 8, 68), 1);
+}
 
 TEST(InitializeTypesTest, RegistersAllTypesOrNoneAndMayBeRepeated) {
   EXPECT_EQ(VXAreTypesInitialized(), 0);

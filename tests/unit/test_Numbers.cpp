@@ -169,6 +169,10 @@ TEST(Hooks, AreStoredAndHandedOut) {
   EXPECT_EQ(stored->getInt32CB(nullptr, "name"), 5);
   VXSetApplicationPropertiesHook(nullptr);
   EXPECT_EQ(VXGetApplicationPropertiesHook(), nullptr);
+  // What is saved where there is no hook comes back as none.
+  const VXApplicationProperties none{};
+  VXSetApplicationPropertiesHook(&none);
+  EXPECT_EQ(VXGetApplicationPropertiesHook(), nullptr);
 
   static_assert(sizeof(VXApplicationProperties) == 5 * sizeof(void*));
   const VXEventFilterApplicationHookCB filter = [](void*, void*) { return 1; };

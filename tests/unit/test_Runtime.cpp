@@ -4,8 +4,10 @@
 #include "vxBase.h"
 #include "vxRuntime.h"
 
+#include <cstddef>
 #include <gtest/gtest.h>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace vx::test {
@@ -202,6 +204,36 @@ TEST_F(RuntimeTest, InstancesMadeByNameAreCountedForTheirLibrary) {
   ++counted.typeInstanceCounter();
   EXPECT_EQ(Runtime::getNumInstancesDependentOnDll("Shapes"), 1);
   --counted.typeInstanceCounter();
+}
+
+class Final final : public Base {
+ public:
+  VX_CLASS_HEADER(Final)
+};
+VX_CLASS_SOURCE(Final, "Base")
+
+TEST_F(RuntimeTest, AFinalClassCanBeMadeByNameToo) {
+  Final::initClass(nullptr, nullptr);
+  auto* object = static_cast<Base*>(static_cast<Final*>(Final::createCB()));
+  EXPECT_STREQ(object->getTypeIdName(), "Final");
+  delete object;
+}
+
+static_assert(std::is_standard_layout_v<RuntimeType>);
+static_assert(offsetof(RuntimeType, _name) == 0);
+static_assert(offsetof(RuntimeType, _dllName) == sizeof(void*));
+static_assert(offsetof(RuntimeType, _parent) == 2 * sizeof(void*));
+static_assert(offsetof(RuntimeType, _createCB) == 6 * sizeof(void*));
+static_assert(offsetof(RuntimeType, _instanceCounter) == 7 * sizeof(void*));
+
+TEST_F(RuntimeTest, TheMembersOfAnEntryMayBeReadWithoutACall) {
+  const RuntimeType* circle = Circle::getClassTypeId();
+  EXPECT_STREQ(circle->_name, "Circle");
+  EXPECT_STREQ(circle->_dllName, "Shapes");
+  EXPECT_EQ(circle->_parent, Shape::getClassTypeId());
+  EXPECT_EQ(circle->_createCB, &Circle::createCB);
+  EXPECT_EQ(Shape::getClassTypeId()->_createCB, nullptr);
+  EXPECT_EQ(&Circle().typeInstanceCounter(), &circle->_instanceCounter);
 }
 
 TEST_F(RuntimeTest, TheNumberOfInstancesOfAnUnknownLibraryIsNegative) {

@@ -7,8 +7,11 @@
 
 #include <atomic>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <set>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace vx::test {
@@ -62,6 +65,56 @@ TEST(StartThread, AnExceptionAtTheEndOfAThreadIsReported) {
   EXPECT_EQ(code, VX_UNKNOWN_EXCEPTION);
   VXErrorOutput.destroy();
   VXErrorOutput.reset();
+}
+
+TEST(StartThread, AThreadMayEndItself) {
+  static Gate gate;
+  EXPECT_TRUE(StartThread(
+                  [](void*) {
+                    gate.pass();
+                    pthread_exit(nullptr);
+                  },
+                  0, nullptr)
+                  .valid);
+  gate.waitFor(1);
+  EXPECT_TRUE(waitForThreads(10000));
+}
+
+TEST(WaitForThreads, WaitsForTheEndOfAllButTheCaller) {
+  EXPECT_TRUE(waitForThreads(10000));
+  struct Stage {
+    std::atomic<bool> mayEnd{false};
+    std::atomic<bool> hasWaited{false};
+    Gate gate;
+  };
+  static Stage stage;
+  StartThread([](void*) { stage.mayEnd.wait(false); }, 0, nullptr);
+  EXPECT_FALSE(waitForThreads(5));
+  stage.mayEnd = true;
+  stage.mayEnd.notify_all();
+  EXPECT_TRUE(waitForThreads(10000));
+  StartThread(
+      [](void*) {
+        stage.hasWaited = waitForThreads(10000);
+        stage.gate.pass();
+      },
+      0, nullptr);
+  stage.gate.waitFor(1);
+  EXPECT_TRUE(stage.hasWaited);
+}
+
+TEST(WaitForThreads, AForkedProcessHasNone) {
+  static std::atomic<bool> mayEnd{false};
+  StartThread([](void*) { mayEnd.wait(false); }, 0, nullptr);
+  const pid_t child = fork();
+  if (child == 0) _exit(waitForThreads(10) ? 0 : 1);
+  int status = -1;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  EXPECT_FALSE(waitForThreads(10));
+  mayEnd = true;
+  mayEnd.notify_all();
+  EXPECT_TRUE(waitForThreads(10000));
 }
 
 // Whether another thread could take the mutex now.

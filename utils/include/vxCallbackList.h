@@ -15,7 +15,8 @@ namespace vx {
 ///
 /// A call works on the list as it stood when the call began; a callback that is removed meanwhile isn't called any
 /// more. No lock is held while a callback runs, and a call allocates nothing. Copies share the registrations: a
-/// handle that is removed from one copy is silent in all.
+/// callback that is removed from one of them is silent in all. A handle is good at the list that gave it also while
+/// only a copy holds the registration.
 class VX_EXPORT CallbackList {
  public:
   /// A callback whose real type the user of the list knows.
@@ -40,10 +41,11 @@ class VX_EXPORT CallbackList {
   VXCallbackHandle add(Function function, void* userData, unsigned int mask);
 
   /// Removes a callback, and waits until no other thread runs it, unless this thread is inside a callback of any list.
-  /// \return whether the handle named one of this list's callbacks.
+  /// \return whether the handle named a callback that stands in this list, or that was added to it and stands in a
+  /// copy.
   bool remove(VXCallbackHandle handle);
 
-  /// Removes all callbacks, as remove() does. Other copies of the list keep theirs.
+  /// Removes all callbacks that stand in this list, as remove() does.
   void clear();
 
   /// Forgets all callbacks without silencing them in other copies.
@@ -61,6 +63,7 @@ class VX_EXPORT CallbackList {
 
  private:
   std::shared_ptr<const Entries> _snapshot() const noexcept;
+  std::shared_ptr<Entry> _take(VXCallbackHandle handle);
 
   mutable std::mutex _mutex;  // guards _entries; a leaf: nothing else is locked while it is held
   std::shared_ptr<const Entries> _entries;

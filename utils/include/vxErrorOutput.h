@@ -32,7 +32,7 @@ class VX_EXPORT ErrorOutput {
 
   /// Sends a message: if its level passes the filter, it is printed on the streams that are on and handed to the
   /// callbacks. A nested message, sent by a callback, is treated alike, but doesn't reach that callback again.
-  /// An exception of a callback, or std::bad_alloc, passes on.
+  /// An exception of a callback, or std::bad_alloc, passes on; one of a stream doesn't.
   /// \param type level. \param prefix library, "VX". \param functionLead "Function=". \param functionName label.
   /// \param errorCode code of the failure. \param reason what was wrong and what happens now.
   /// \param file,line position of the report. \param handledObject,handledObjectType what it is about, or null.

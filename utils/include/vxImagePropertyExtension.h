@@ -19,6 +19,7 @@ class VX_EXPORT ImagePropertyExtension : public Base {
   /// \return a copy of the object with its own class, which the caller owns.
   virtual std::unique_ptr<ImagePropertyExtension> clone() const = 0;
 
+  /// \param other an object of the same run-time type, as long as both are registered.
   /// \return whether the other object has the same class and the same value.
   virtual bool equals(const ImagePropertyExtension& other) const = 0;
 

@@ -6,6 +6,8 @@
 
 #include "vxRuntimeType.h"
 
+#include <type_traits>
+
 namespace vx {
 
 /// The table of run-time types: classes by name, with their parents and libraries. All functions are static.
@@ -79,10 +81,15 @@ class CountedInstance final : public X {
   const RuntimeType* _countedType;
 };
 
-/// Makes an instance of `X` for a `createCB`. \return the instance, which the caller owns.
+/// Makes an instance of `X` for a `createCB`. \return the instance, which the caller owns. One of a final class isn't
+///         counted.
 template <class X>
 X* createInstance() {
-  return new CountedInstance<X>();
+  if constexpr (std::is_final_v<X>) {
+    return new X();
+  } else {
+    return new CountedInstance<X>();
+  }
 }
 
 }  // namespace vx

@@ -36,18 +36,18 @@ class RuntimeType {
   /// \return whether this is `other` or one of its descendants; false for null.
   VX_EXPORT bool isDerivedFrom(const RuntimeType* other) const noexcept;
 
+  // The members are laid out for all who read them without a call. Only the table of run-time types writes them.
+  const char* _name = nullptr;              ///< Class name.
+  const char* _dllName = nullptr;           ///< Library that registered the class.
+  const RuntimeType* _parent = nullptr;     ///< Parent class, null at a root.
+  bool _isRegistered = false;               ///< Whether the entry stands in the table.
+  void* _reserved[2] = {nullptr, nullptr};  ///< Room for the table.
+  CreateCB _createCB = nullptr;             ///< Makes an instance; null marks an abstract class.
+  mutable long _instanceCounter = 0;        ///< Live instances.
+
  private:
   friend struct RuntimeTypeLayout;
-
   RuntimeType() = default;
-
-  const char* _name = nullptr;
-  const char* _dllName = nullptr;
-  const RuntimeType* _parent = nullptr;
-  bool _isRegistered = false;
-  void* _reserved[2] = {nullptr, nullptr};
-  CreateCB _createCB = nullptr;
-  mutable long _instanceCounter = 0;
 };
 
 }  // namespace vx

@@ -187,8 +187,8 @@ typedef int (*VXEventFilterApplicationHookCB)(void* userData, void* event);
 
 /// \return the record that was stored, owned by the base layer and good until the next call of the setter; null if
 ///         there is none. Host thread only.
-VX_C_API const VXApplicationProperties* VXGetApplicationPropertiesHook(void);
-/// Stores a copy of the record; null removes it. Host thread only.
+VX_C_API VXApplicationProperties* VXGetApplicationPropertiesHook(void);
+/// Stores a copy of the record; null and a record of nulls remove it. Host thread only.
 VX_C_API void VXSetApplicationPropertiesHook(const VXApplicationProperties* properties);
 
 /// \return the event filter, or null. Host thread only.

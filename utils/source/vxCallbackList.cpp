@@ -2,20 +2,32 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
+#include <new>
+#include <utility>
 #include <vector>
 
 namespace vx {
 
-struct CallbackList::Entry {
-  Entry(VXCallbackHandle entryHandle, Function entryFunction, void* data, unsigned int entryMask)
-      : handle(entryHandle), function(entryFunction), userData(data), mask(entryMask) {}
+// All entries stand in one register of the process as long as some list or copy holds them: a registration that was
+// put aside in a copy can still be removed where it was made.
+struct CallbackList::Entry : std::enable_shared_from_this<Entry> {
+  Entry(const CallbackList& list, VXCallbackHandle entryHandle, Function entryFunction, void* data,
+        unsigned int entryMask);
+  ~Entry();
+  Entry(const Entry&) = delete;
+  Entry& operator=(const Entry&) = delete;
 
+  const CallbackList* const origin;  // only compared
   const VXCallbackHandle handle;
   const Function function;
   void* const userData;
   const unsigned int mask;
   std::atomic<bool> isRemoved{false};
   std::atomic<unsigned int> numRunning{0};
+
+  Entry* previous = nullptr;  // neighbours in the register
+  Entry* next = nullptr;
 };
 
 struct CallbackList::Entries {
@@ -27,6 +39,18 @@ namespace {
 using Entry = CallbackList::Entry;
 
 std::atomic<VXCallbackHandle> lastHandle{0};
+
+constinit std::mutex registerMutex;  // guards the register; a leaf
+constinit Entry* firstEntry = nullptr;
+
+// The entry that a list handed out a handle for; null if there is none any more.
+std::shared_ptr<Entry> findInRegister(const CallbackList& origin, VXCallbackHandle handle) {
+  const std::lock_guard lock(registerMutex);
+  for (Entry* entry = firstEntry; entry; entry = entry->next) {
+    if (entry->handle == handle && entry->origin == &origin) return entry->weak_from_this().lock();
+  }
+  return nullptr;
+}
 
 // The callbacks that the thread is inside of, innermost first, as a list through its stack.
 struct RunningCall;
@@ -54,15 +78,32 @@ bool isRunningHere(const Entry& entry) {
 }
 
 // After this no new call of the entry begins; and none runs, unless the thread is inside a callback itself.
-void silence(Entry& entry) {
-  entry.isRemoved.store(true);
-  if (innermostCall) return;
+// Gives whether the entry was not silent before.
+bool silence(Entry& entry) {
+  const bool wasRemoved = entry.isRemoved.exchange(true);
+  if (innermostCall) return !wasRemoved;
   for (unsigned int running = entry.numRunning.load(); running != 0; running = entry.numRunning.load()) {
     entry.numRunning.wait(running);
   }
+  return !wasRemoved;
 }
 
 }  // namespace
+
+CallbackList::Entry::Entry(const CallbackList& list, VXCallbackHandle entryHandle, Function entryFunction, void* data,
+                           unsigned int entryMask)
+    : origin(&list), handle(entryHandle), function(entryFunction), userData(data), mask(entryMask) {
+  const std::lock_guard lock(registerMutex);
+  next = firstEntry;
+  if (next) next->previous = this;
+  firstEntry = this;
+}
+
+CallbackList::Entry::~Entry() {
+  const std::lock_guard lock(registerMutex);
+  (previous ? previous->next : firstEntry) = next;
+  if (next) next->previous = previous;
+}
 
 CallbackList::CallbackList(const CallbackList& other) : _entries(other._snapshot()) {}
 
@@ -83,39 +124,45 @@ std::shared_ptr<const CallbackList::Entries> CallbackList::_snapshot() const noe
 
 VXCallbackHandle CallbackList::add(Function function, void* userData, unsigned int mask) {
   const VXCallbackHandle handle = ++lastHandle;
-  auto entry = std::make_shared<Entry>(handle, function, userData, mask);
+  auto entry = std::make_shared<Entry>(*this, handle, function, userData, mask);
   auto entries = std::make_shared<Entries>();
+  std::shared_ptr<const Entries> before;  // released behind the lock
   const std::lock_guard lock(_mutex);
   if (_entries) {
     entries->list.reserve(_entries->list.size() + 1);
-    entries->list = _entries->list;
+    std::copy_if(_entries->list.begin(), _entries->list.end(), std::back_inserter(entries->list),
+                 [](const auto& other) { return !other->isRemoved.load(); });
   }
   entries->list.push_back(std::move(entry));
-  _entries = std::move(entries);
+  before = std::exchange(_entries, std::move(entries));
   return handle;
 }
 
 bool CallbackList::remove(VXCallbackHandle handle) {
-  std::shared_ptr<Entry> removed;
-  {
-    const std::lock_guard lock(_mutex);
-    if (!_entries) return false;
-    const auto& list = _entries->list;
-    const auto found =
-        std::find_if(list.begin(), list.end(), [handle](const auto& entry) { return entry->handle == handle; });
-    if (found == list.end()) return false;
-    removed = *found;
-    try {
-      auto entries = std::make_shared<Entries>();
-      entries->list.reserve(list.size() - 1);
-      std::copy_if(list.begin(), list.end(), std::back_inserter(entries->list),
-                   [&removed](const auto& entry) { return entry != removed; });
-      _entries = std::move(entries);
-    } catch (const std::bad_alloc&) {
-      // The entry stays in the list, where its mark keeps it from being called.
-    }
+  std::shared_ptr<Entry> removed = _take(handle);
+  if (!removed) removed = findInRegister(*this, handle);
+  return removed && silence(*removed);
+}
+
+std::shared_ptr<CallbackList::Entry> CallbackList::_take(VXCallbackHandle handle) {
+  std::shared_ptr<const Entries> before;  // released behind the lock
+  const std::lock_guard lock(_mutex);
+  if (!_entries) return nullptr;
+  const auto& list = _entries->list;
+  const auto found =
+      std::find_if(list.begin(), list.end(), [handle](const auto& entry) { return entry->handle == handle; });
+  if (found == list.end()) return nullptr;
+  std::shared_ptr<Entry> taken = *found;
+  try {
+    auto entries = std::make_shared<Entries>();
+    entries->list.reserve(list.size() - 1);
+    std::copy_if(list.begin(), list.end(), std::back_inserter(entries->list),
+                 [&taken](const auto& entry) { return entry != taken; });
+    before = std::exchange(_entries, std::move(entries));
+  } catch (const std::bad_alloc&) {
+    // The entry stays in the list, where its mark will keep it from being called.
   }
-  return silence(*removed), true;
+  return taken;
 }
 
 void CallbackList::clear() {

@@ -2,6 +2,8 @@
 
 #include "vxErrorOutputFormat.h"
 
+#include <algorithm>
+#include <cstring>
 #include <iostream>
 #include <mutex>
 #include <ostream>
@@ -17,19 +19,54 @@ std::recursive_mutex& streamMutex() {
   return mutex;
 }
 
-void writeToStream(void* stream, const char* text, std::size_t length) {
-  static_cast<std::ostream*>(stream)->write(text, static_cast<std::streamsize>(length));
+// Gathers a line, so that the unbuffered error stream takes it whole and other processes don't write in between.
+class LineBuffer {
+ public:
+  explicit LineBuffer(std::ostream& stream) : _stream(stream) {}
+
+  static void write(void* buffer, const char* text, std::size_t length) {
+    static_cast<LineBuffer*>(buffer)->_write(text, length);
+  }
+
+  void flush() {
+    _stream.write(_text, static_cast<std::streamsize>(_length));
+    _stream.flush();
+    _length = 0;
+  }
+
+ private:
+  void _write(const char* text, std::size_t length) {
+    while (length > 0) {
+      if (_length == sizeof _text) flush();
+      const std::size_t part = std::min(length, sizeof _text - _length);
+      std::memcpy(_text + _length, text, part);
+      _length += part;
+      text += part;
+      length -= part;
+    }
+  }
+
+  std::ostream& _stream;
+  char _text[1024];
+  std::size_t _length = 0;
+};
+
+void printTo(std::ostream& stream, const VXMessage& message) noexcept {
+  try {
+    LineBuffer line(stream);
+    formatMessageLine(message, &LineBuffer::write, &line);
+    line.flush();
+  } catch (...) {
+    // The host has its stream throw; the callbacks are to be told all the same.
+  }
 }
 
 void print(const VXMessage& message, bool toCout, bool toCerr) {
   // The start-up reports before the static objects of this library are made.
   static const std::ios_base::Init streamsAreReady;
   const std::lock_guard lock(streamMutex());
-  if (toCout) {
-    formatMessageLine(message, &writeToStream, &std::cout);
-    std::cout.flush();
-  }
-  if (toCerr) formatMessageLine(message, &writeToStream, &std::cerr);
+  if (toCout) printTo(std::cout, message);
+  if (toCerr) printTo(std::cerr, message);
 }
 
 void invokeMessageCB(CallbackList::Function function, void* userData, const void* event) {

@@ -38,7 +38,7 @@ constinit std::atomic<int> exceptionHandling{1};
 constinit std::atomic<int> multithreadingActive{0};
 
 // What the immortal objects hold is given back when the library goes; calls that come later find nothing registered.
-__attribute__((destructor)) void releaseCallbacks() {
+__attribute__((destructor(101))) void releaseCallbacks() {
   VXErrorOutput.reset();
   VXNotify.reset();
 }

@@ -4,19 +4,20 @@
 
 namespace {
 
-VXApplicationProperties applicationProperties;
-bool hasApplicationProperties = false;
+VXApplicationProperties applicationProperties = {};
 VXEventFilterApplicationHookCB eventFilter = nullptr;
 void* eventFilterUserData = nullptr;
 
 }  // namespace
 
-const VXApplicationProperties* VXGetApplicationPropertiesHook(void) {
-  return hasApplicationProperties ? &applicationProperties : nullptr;
+VXApplicationProperties* VXGetApplicationPropertiesHook(void) {
+  VXApplicationProperties& hook = applicationProperties;
+  const bool isSet =
+      hook.getStringCB || hook.getInt32CB || hook.getDoubleCB || hook.getBoolCB || hook.applicationUsrData;
+  return isSet ? &hook : nullptr;
 }
 
 void VXSetApplicationPropertiesHook(const VXApplicationProperties* properties) {
-  hasApplicationProperties = properties != nullptr;
   applicationProperties = properties ? *properties : VXApplicationProperties{};
 }
 

@@ -28,7 +28,7 @@ ImagePropertyExtensionContainer& ImagePropertyExtensionContainer::operator=(
 
 bool ImagePropertyExtensionContainer::operator==(const ImagePropertyExtensionContainer& other) const {
   return std::equal(_entries.begin(), _entries.end(), other._entries.begin(), other._entries.end(),
-                    [](const auto& a, const auto& b) { return a->equals(*b); });
+                    [](const auto& a, const auto& b) { return a->getTypeId() == b->getTypeId() && a->equals(*b); });
 }
 
 void ImagePropertyExtensionContainer::appendEntry(std::unique_ptr<ImagePropertyExtension> extension) {

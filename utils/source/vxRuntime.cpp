@@ -5,10 +5,10 @@
 #include "vxGuards.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -58,10 +58,9 @@ struct RuntimeTable {
   std::size_t cursor = 0;                // index of the entry that getNextEntry() gives
   std::string recentDllName;
 
-  static RuntimeTable& instance() {
-    static RuntimeTable table;
-    return table;
-  }
+  static RuntimeTable& instance();
+
+  void clear();
 
   RuntimeType* find(const char* className) {
     if (isNoName(className)) return nullptr;
@@ -95,13 +94,29 @@ struct RuntimeTypeLayout {
     type._isRegistered = false;
     type._createCB = nullptr;
   }
-
-  static_assert(offsetof(RuntimeType, _name) == 0);
-  static_assert(offsetof(RuntimeType, _dllName) == sizeof(void*));
-  static_assert(offsetof(RuntimeType, _parent) == 2 * sizeof(void*));
-  static_assert(offsetof(RuntimeType, _createCB) == 6 * sizeof(void*));
-  static_assert(offsetof(RuntimeType, _instanceCounter) == 7 * sizeof(void*));
 };
+
+// The table outlives the static objects of every library and host, whatever was loaded first: objects that they hold
+// still count themselves and ask for their class.
+RuntimeTable& RuntimeTable::instance() {
+  alignas(RuntimeTable) static unsigned char memory[sizeof(RuntimeTable)];
+  static RuntimeTable& table = *::new (memory) RuntimeTable;
+  return table;
+}
+
+void RuntimeTable::clear() {
+  const std::lock_guard lock(mutex);
+  decltype(registered)().swap(registered);
+  decltype(records)().swap(records);
+  std::string().swap(recentDllName);
+}
+
+namespace {
+
+// This runs behind the destructors of all static objects, and when the base layer is unloaded.
+__attribute__((destructor(101))) void releaseTable() { RuntimeTable::instance().clear(); }
+
+}  // namespace
 
 bool RuntimeTable::isRegistered(const RuntimeType* type) const { return RuntimeTypeLayout::isRegistered(*type); }
 

@@ -4,28 +4,84 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <cxxabi.h>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <pthread.h>
+#include <thread>
 #include <unistd.h>
 
 namespace vx {
 
 namespace {
 
-struct ThreadStart {
+// A thread that was started and has not been joined yet.
+struct Thread {
   void (*entry)(void*);
   void* argument;
+  pthread_t id;
+  std::atomic<bool> hasReturned;
+  Thread* next;
 };
 
-void* runThread(void* data) {
-  const ThreadStart start = *std::unique_ptr<ThreadStart>(static_cast<ThreadStart*>(data));
+constinit std::mutex threadsMutex;  // guards the list; a leaf
+constinit Thread* firstThread = nullptr;
+constinit std::atomic<pid_t> threadsOwner{0};  // the process that the list is of: a fork copies it without the threads
+
+bool ownsThreads() { return threadsOwner.load() == getpid(); }
+
+void own() {
+  const std::lock_guard lock(threadsMutex);
+  firstThread = nullptr;
+  threadsOwner.store(getpid());
+}
+
+// The runtime hands out a null reference for pthread_exit(), which the sanitizer takes amiss.
+__attribute__((no_sanitize("null"))) void* runThread(void* data) {
+  auto& thread = *static_cast<Thread*>(data);
   try {
-    start.entry(start.argument);
+    thread.entry(thread.argument);
+  } catch (abi::__forced_unwind&) {  // pthread_exit(), which must pass
+    thread.hasReturned.store(true);
+    throw;
   } catch (...) {
     VXPrintAndNotifyFatal(__FILE__, __LINE__, VX_UNKNOWN_EXCEPTION);
   }
+  thread.hasReturned.store(true);
   return nullptr;
+}
+
+void enlist(Thread* thread) {
+  const std::lock_guard lock(threadsMutex);
+  thread->next = firstThread;
+  firstThread = thread;
+}
+
+// Takes a thread that has come to its end out of the list; null if there is none.
+Thread* takeReturned() {
+  const std::lock_guard lock(threadsMutex);
+  for (Thread** link = &firstThread; *link; link = &(*link)->next) {
+    Thread* const thread = *link;
+    if (!thread->hasReturned.load()) continue;
+    *link = thread->next;
+    return thread;
+  }
+  return nullptr;
+}
+
+// Waits for the last instructions of the threads that have come to their end.
+void joinReturned() {
+  while (Thread* const thread = takeReturned()) {
+    pthread_join(thread->id, nullptr);
+    delete thread;
+  }
+}
+
+bool isOnlyThisThreadRunning() {
+  const std::lock_guard lock(threadsMutex);
+  return !firstThread || (!firstThread->next && pthread_equal(firstThread->id, pthread_self()));
 }
 
 // The attributes of a thread, given back at the end of the scope.
@@ -38,7 +94,7 @@ class ThreadAttributes {
   ThreadAttributes(const ThreadAttributes&) = delete;
   ThreadAttributes& operator=(const ThreadAttributes&) = delete;
 
-  bool setDetached() { return _isValid && pthread_attr_setdetachstate(&_attributes, PTHREAD_CREATE_DETACHED) == 0; }
+  bool isValid() const { return _isValid; }
 
   bool setStackSize(std::size_t size) {
     const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
@@ -59,15 +115,33 @@ std::atomic<std::uintptr_t> lastThread{0};
 
 ThreadHandle StartThread(void (*entry)(void*), unsigned int stackSize, void* argument) {
   if (!entry) return {};
+  ownsThreads() ? joinReturned() : own();
   ThreadAttributes attributes;
-  if (!attributes.setDetached()) return {};
+  if (!attributes.isValid()) return {};
   if (stackSize != 0 && !attributes.setStackSize(stackSize)) return {};
-  std::unique_ptr<ThreadStart> start(new (std::nothrow) ThreadStart{entry, argument});
-  if (!start) return {};
-  pthread_t thread;
-  if (pthread_create(&thread, attributes.get(), &runThread, start.get()) != 0) return {};
-  static_cast<void>(start.release());  // the thread's now
+  std::unique_ptr<Thread> thread(new (std::nothrow) Thread{entry, argument, {}, false, nullptr});
+  if (!thread) return {};
+  if (pthread_create(&thread->id, attributes.get(), &runThread, thread.get()) != 0) return {};
+  enlist(thread.release());
   return {true, ++lastThread};
 }
+
+bool waitForThreads(unsigned int milliseconds) {
+  if (!ownsThreads()) return true;
+  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+  for (;;) {
+    joinReturned();
+    if (isOnlyThisThreadRunning()) return true;
+    if (std::chrono::steady_clock::now() >= end) return false;
+    std::this_thread::sleep_for(std::chrono::microseconds(100));
+  }
+}
+
+namespace {
+
+// The code that the threads run is about to go. One that doesn't end must not keep the process from ending.
+__attribute__((destructor)) void waitAtUnload() { waitForThreads(unloadWait); }
+
+}  // namespace
 
 }  // namespace vx
