@@ -4,10 +4,10 @@
 #ifndef VX_TRUNCATE_H
 #define VX_TRUNCATE_H
 
+#include "vxTypes.h"
+
 #include <limits>
 #include <type_traits>
-
-#include "vxTypes.h"
 
 namespace vx {
 

@@ -41,7 +41,7 @@
 
 /// A set of properties of a voxel type: which operations it has, and what kind of type it is.
 typedef struct VXTypePropBits {
-  VXuint32 words[4]; ///< Word 0 to word 3.
+  VXuint32 words[4];  ///< Word 0 to word 3.
 #ifdef __cplusplus
   VXuint32& operator[](unsigned int word) { return words[word]; }
   const VXuint32& operator[](unsigned int word) const { return words[word]; }
@@ -87,24 +87,24 @@ VX_C_API int VXTypePropBitsTest(VXTypePropBits bits, VXTypePropBits mask);
 
 /// Everything the library knows of a voxel type. The order of the members is part of the interface.
 typedef struct VXTypeInfos {
-  VXuint32 numComponents;                 ///< Length of `structInfoString`, 1 to 512.
-  VXuint32 typeSize;                      ///< Bytes of a voxel as its author declared them.
-  VXDataType physicalType;                ///< Type in which voxels are stored.
-  VXuint32 physicalSize;                  ///< Bytes of a voxel in memory, at least `typeSize`.
-  const char* name;                       ///< 1 to 256 characters.
-  VXDataType rangeAndPrecisionEquivalent; ///< The standard type that this one behaves like, 0 to 9.
-  double typeMinDbl;                      ///< Smallest value as a number.
-  double typeMaxDbl;                      ///< Largest value as a number.
-  const unsigned char* typeMinPtr;        ///< Voxel with the smallest value, or null.
-  const unsigned char* typeMaxPtr;        ///< Voxel with the largest value, or null.
-  const unsigned char* typeDefaultPtr;    ///< Voxel with the default value, or null.
-  VXuint32 numGoodCastTos;                ///< Number of `goodCastTos`.
-  const char* const* goodCastTos;         ///< Names of the types that hold this one's values.
+  VXuint32 numComponents;                  ///< Length of `structInfoString`, 1 to 512.
+  VXuint32 typeSize;                       ///< Bytes of a voxel as its author declared them.
+  VXDataType physicalType;                 ///< Type in which voxels are stored.
+  VXuint32 physicalSize;                   ///< Bytes of a voxel in memory, at least `typeSize`.
+  const char* name;                        ///< 1 to 256 characters.
+  VXDataType rangeAndPrecisionEquivalent;  ///< The standard type that this one behaves like, 0 to 9.
+  double typeMinDbl;                       ///< Smallest value as a number.
+  double typeMaxDbl;                       ///< Largest value as a number.
+  const unsigned char* typeMinPtr;         ///< Voxel with the smallest value, or null.
+  const unsigned char* typeMaxPtr;         ///< Voxel with the largest value, or null.
+  const unsigned char* typeDefaultPtr;     ///< Voxel with the default value, or null.
+  VXuint32 numGoodCastTos;                 ///< Number of `goodCastTos`.
+  const char* const* goodCastTos;          ///< Names of the types that hold this one's values.
   /// Byte offsets of the components from the first one.
   VXuint32 componentOffsets[VX_MAX_TYPE_COMPONENTS];
-  const char* structInfoString;           ///< One component code for each component.
-  VXDataType dataType;                    ///< Number of the type, -1 until it is registered.
-  VXTypePropBits propertyBits;            ///< What the type can do.
+  const char* structInfoString;  ///< One component code for each component.
+  VXDataType dataType;           ///< Number of the type, -1 until it is registered.
+  VXTypePropBits propertyBits;   ///< What the type can do.
   /// The operations, each a function pointer under the name of the list.
 #define VX_DECLARE_TYPE_MEMBER(member, Name, signature, word, bit, reported) signature member;
 #define VX_DECLARE_PLAIN_TYPE_MEMBER(member, Name, signature) signature member;
@@ -217,14 +217,14 @@ VX_C_API VXTypeInfos VXTypeInfosTable[VX_NUM_TYPE_SLOTS];
 
 /// What a push did to a slot; its pop needs it.
 typedef struct VXTypePushSingleInfo {
-  VXint32 pushInfo; ///< 0 nothing, 1 an output slot changed, 2 an input slot changed, 3 the type was there already.
-  VXint32 slot;     ///< Number of the slot, that of the standard type itself for one; -1 for an invalid type.
+  VXint32 pushInfo;  ///< 0 nothing, 1 an output slot changed, 2 an input slot changed, 3 the type was there already.
+  VXint32 slot;      ///< Number of the slot, that of the standard type itself for one; -1 for an invalid type.
 } VXTypePushSingleInfo;
 
 /// Two pushes, done in this order and undone in the opposite one.
 typedef struct VXTypePushInfo {
-  VXTypePushSingleInfo first;  ///< First type; the output one of VXTypeInfosPushAndSetBoth().
-  VXTypePushSingleInfo second; ///< Second type; the input one of VXTypeInfosPushAndSetBoth().
+  VXTypePushSingleInfo first;   ///< First type; the output one of VXTypeInfosPushAndSetBoth().
+  VXTypePushSingleInfo second;  ///< Second type; the input one of VXTypeInfosPushAndSetBoth().
 } VXTypePushInfo;
 
 /// Brings a registered type into the slot of its carrier and saves what was there. Standard types touch nothing.
@@ -390,8 +390,8 @@ VX_C_API void VXTypeDivByOtherType(const VXTypeInfos* myInfos, const unsigned ch
                                    const VXTypeInfos* otherInfos, const unsigned char* otherData,
                                    unsigned char* result);
 /// By my type's `plusType`, see VXTypeMultWithOtherType().
-VX_C_API void VXTypeAddOtherType(const VXTypeInfos* myInfos, const unsigned char* myData,
-                                 const VXTypeInfos* otherInfos, const unsigned char* otherData, unsigned char* result);
+VX_C_API void VXTypeAddOtherType(const VXTypeInfos* myInfos, const unsigned char* myData, const VXTypeInfos* otherInfos,
+                                 const unsigned char* otherData, unsigned char* result);
 /// By my type's `minusType`, see VXTypeMultWithOtherType().
 VX_C_API void VXTypeSubtractOtherType(const VXTypeInfos* myInfos, const unsigned char* myData,
                                       const VXTypeInfos* otherInfos, const unsigned char* otherData,

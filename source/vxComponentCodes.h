@@ -4,28 +4,28 @@
 #ifndef VX_COMPONENT_CODES_H
 #define VX_COMPONENT_CODES_H
 
-#include <cstring>
-
 #include "vxTypeInfos.h"
+
+#include <cstring>
 
 namespace vx {
 
 /// The one list of component codes:
 /// X(code, name in C, name of the voxel type, voxel type, stored type, isSigned, isInteger, isFloat, isLong).
 /// Sizes are fixed: "l" and "L" are stored in 4 bytes and "D" in 8 on every platform.
-#define VX_FOR_EACH_COMPONENT_CODE(X)                                             \
-  X('b', "bool", "unsigned int8", VXuint8Type, VXuint8, 0, 1, 0, 0)               \
-  X('c', "unsigned char", "unsigned int8", VXuint8Type, VXuint8, 0, 1, 0, 0)      \
-  X('C', "char", "int8", VXint8Type, VXint8, 1, 1, 0, 0)                          \
-  X('s', "unsigned short", "unsigned int16", VXuint16Type, VXuint16, 0, 1, 0, 0)  \
-  X('S', "signed short", "int16", VXint16Type, VXint16, 1, 1, 0, 0)               \
-  X('i', "unsigned int", "unsigned int32", VXuint32Type, VXuint32, 0, 1, 0, 0)    \
-  X('I', "signed int", "int32", VXint32Type, VXint32, 1, 1, 0, 0)                 \
-  X('l', "unsigned long", "unsigned int32", VXuint32Type, VXuint32, 0, 1, 0, 0)   \
-  X('L', "long", "int32", VXint32Type, VXint32, 1, 1, 0, 0)                       \
-  X('f', "float", "float", VXfloatType, VXfloat, 1, 0, 1, 0)                      \
-  X('d', "double", "double", VXdoubleType, VXdouble, 1, 0, 1, 0)                  \
-  X('D', "long double", "long double", VXldoubleType, VXldouble, 1, 0, 1, 1)      \
+#define VX_FOR_EACH_COMPONENT_CODE(X)                                            \
+  X('b', "bool", "unsigned int8", VXuint8Type, VXuint8, 0, 1, 0, 0)              \
+  X('c', "unsigned char", "unsigned int8", VXuint8Type, VXuint8, 0, 1, 0, 0)     \
+  X('C', "char", "int8", VXint8Type, VXint8, 1, 1, 0, 0)                         \
+  X('s', "unsigned short", "unsigned int16", VXuint16Type, VXuint16, 0, 1, 0, 0) \
+  X('S', "signed short", "int16", VXint16Type, VXint16, 1, 1, 0, 0)              \
+  X('i', "unsigned int", "unsigned int32", VXuint32Type, VXuint32, 0, 1, 0, 0)   \
+  X('I', "signed int", "int32", VXint32Type, VXint32, 1, 1, 0, 0)                \
+  X('l', "unsigned long", "unsigned int32", VXuint32Type, VXuint32, 0, 1, 0, 0)  \
+  X('L', "long", "int32", VXint32Type, VXint32, 1, 1, 0, 0)                      \
+  X('f', "float", "float", VXfloatType, VXfloat, 1, 0, 1, 0)                     \
+  X('d', "double", "double", VXdoubleType, VXdouble, 1, 0, 1, 0)                 \
+  X('D', "long double", "long double", VXldoubleType, VXldouble, 1, 0, 1, 1)     \
   X('6', "int64", "int64", VXint64Type, VXint64, 1, 1, 0, 1)
 
 /// A row of the table.
@@ -76,10 +76,12 @@ template <class Result, class Visitor>
 Result visitComponent(char code, Result fallback, Visitor&& visitor) {
   switch (code) {
 #define VX_VISIT_COMPONENT(code, cName, vxName, dataType, Stored, isSigned, isInteger, isFloat, isLong) \
-  case code: return visitor(Component<code, Stored>());
+  case code:                                                                                            \
+    return visitor(Component<code, Stored>());
     VX_FOR_EACH_COMPONENT_CODE(VX_VISIT_COMPONENT)
 #undef VX_VISIT_COMPONENT
-    default: return fallback;
+    default:
+      return fallback;
   }
 }
 

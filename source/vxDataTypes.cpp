@@ -2,11 +2,11 @@
 
 #include "vxDataTypes.h"
 
-#include <cstring>
-
 #include "vxComponentCodes.h"
 #include "vxStandardTypeTable.h"
 #include "vxTypeTable.h"
+
+#include <cstring>
 
 namespace {
 
@@ -111,8 +111,7 @@ VXuint32 VXTypeComponentSize(char code) {
   return row ? row->size : 0;
 }
 
-int VXTypeGetComponentProperties(char code, VXint32* isSigned, VXint32* isInteger, VXint32* isFloat,
-                                 VXint32* isLong) {
+int VXTypeGetComponentProperties(char code, VXint32* isSigned, VXint32* isInteger, VXint32* isFloat, VXint32* isLong) {
   const vx::ComponentCode* const row = vx::findComponentCode(code);
   write(isSigned, row ? row->isSigned : 0);
   write(isInteger, row ? row->isInteger : 0);

@@ -1,11 +1,11 @@
 #include "vxNumberText.h"
 
+#include "vxUtilsAPI.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <limits>
-
-#include "vxUtilsAPI.h"
 
 namespace vx {
 

@@ -1,11 +1,11 @@
 // Memory for voxels of a type, and the number that a voxel stands for.
 
-#include <algorithm>
-#include <cstring>
-
 #include "vxComponentCodes.h"
 #include "vxMemory.h"
 #include "vxTypeInfos.h"
+
+#include <algorithm>
+#include <cstring>
 
 unsigned char* VXTypeInfosCreateBuffer(const VXTypeInfos* infos) {
   return infos ? static_cast<unsigned char*>(VXAlloc(infos->physicalSize, VX_RETURN_NULL)) : nullptr;

@@ -1,10 +1,10 @@
 // The byte order of voxels.
 
-#include <algorithm>
-
 #include "vxComponentCodes.h"
 #include "vxErrorOutput.h"
 #include "vxTraceBuffer.h"
+
+#include <algorithm>
 
 void VXTypeToggleEndianType(const VXTypeInfos* infos, const void* source, void* result, VXuint64 count) {
   const vx::TraceFrame trace("source/vxTypeInfos:VXTypeToggleEndianType()");

@@ -1,12 +1,12 @@
 // Components of a voxel: reading, writing and shifting them by their code.
 
-#include <cmath>
-#include <limits>
-#include <type_traits>
-
 #include "vxComponentCodes.h"
 #include "vxErrorOutput.h"
 #include "vxTruncate.h"
+
+#include <cmath>
+#include <limits>
+#include <type_traits>
 
 namespace {
 

@@ -2,15 +2,15 @@
 
 #include "vxTypeInfos.h"
 
-#include <cassert>
-#include <cstring>
-#include <limits>
-
 #include "vxComponentCodes.h"
 #include "vxErrorOutput.h"
 #include "vxStandardTypeTable.h"
 #include "vxTraceBuffer.h"
 #include "vxTypeTable.h"
+
+#include <cassert>
+#include <cstring>
+#include <limits>
 
 namespace {
 
@@ -24,8 +24,7 @@ struct CommonProperties {
   explicit CommonProperties(const char* structInfoString) {
     for (const char* code = structInfoString; *code; ++code) {
       VXint32 componentIsSigned, componentIsInteger, componentIsFloat, componentIsLong;
-      VXTypeGetComponentProperties(*code, &componentIsSigned, &componentIsInteger, &componentIsFloat,
-                                   &componentIsLong);
+      VXTypeGetComponentProperties(*code, &componentIsSigned, &componentIsInteger, &componentIsFloat, &componentIsLong);
       isSigned = isSigned && componentIsSigned;
       isInteger = isInteger && componentIsInteger;
       isFloat = isFloat && componentIsFloat;
@@ -81,8 +80,7 @@ int VXTypeInfosInit(VXTypeInfos* infos, VXuint64 size, const char* name, double 
     return 0;
   }
   const CommonProperties common(structInfoString);
-  const VXDataType physicalType =
-      isBasicType ? physicalTypeOfBasicType(common, size) : VXGetCarrierTypeForSize(size);
+  const VXDataType physicalType = isBasicType ? physicalTypeOfBasicType(common, size) : VXGetCarrierTypeForSize(size);
   if (physicalType < 0) return 0;
 
   infos->numComponents = static_cast<VXuint32>(numComponents);

@@ -1,10 +1,10 @@
 // The defaults of a record's operations, and the property bits that follow from them.
 
-#include <type_traits>
-
 #include "vxErrorOutput.h"
 #include "vxTraceBuffer.h"
 #include "vxTypeInfos.h"
+
+#include <type_traits>
 
 namespace {
 

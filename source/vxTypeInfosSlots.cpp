@@ -1,15 +1,15 @@
 // The slots through which typed code works on registered types: push and pop.
 
-#include <algorithm>
-#include <cstring>
-#include <new>
-#include <vector>
-
 #include "vxErrorOutput.h"
 #include "vxMutex.h"
 #include "vxStandardTypeTable.h"
 #include "vxTraceBuffer.h"
 #include "vxTypeInfos.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <vector>
 
 VXTypeInfos VXTypeInfosTable[VX_NUM_TYPE_SLOTS];
 
@@ -131,7 +131,8 @@ VXTypePushSingleInfo _VXTypeInfosPushAndSet(VXDataType dataType, int isInput) {
     case SlotStack::Outcome::noMemory:
       vx::report(VX_FATAL, "_VXTypeInfosPushAndSet()", VX_NO_MEMORY, "The VXTypeInfosTable is not updated.");
       return {pushedNothing, slot};
-    default: break;
+    default:
+      break;
   }
   return pushed;
 }

@@ -1,12 +1,12 @@
 // Which type holds another, and which type to choose for two types or for a range.
 
+#include "vxStandardTypeTable.h"
+#include "vxTypeInfos.h"
+
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <utility>
-
-#include "vxStandardTypeTable.h"
-#include "vxTypeInfos.h"
 
 namespace {
 
@@ -78,11 +78,10 @@ VXDataType VXPromotedPrecision(VXDataType first, VXDataType second) {
 VXDataType VXGetDataTypeForUncorrectedRange(double minValue, double maxValue, int preferUnsigned) {
   if (maxValue < minValue) std::swap(minValue, maxValue);
 
-  static constexpr VXDataType order[2][9] = {
-      {VXint8Type, VXuint8Type, VXint16Type, VXuint16Type, VXint32Type, VXuint32Type, VXint64Type, VXfloatType,
-       VXdoubleType},
-      {VXuint8Type, VXint8Type, VXuint16Type, VXint16Type, VXuint32Type, VXint32Type, VXint64Type, VXfloatType,
-       VXdoubleType}};
+  static constexpr VXDataType order[2][9] = {{VXint8Type, VXuint8Type, VXint16Type, VXuint16Type, VXint32Type,
+                                              VXuint32Type, VXint64Type, VXfloatType, VXdoubleType},
+                                             {VXuint8Type, VXint8Type, VXuint16Type, VXint16Type, VXuint32Type,
+                                              VXint32Type, VXint64Type, VXfloatType, VXdoubleType}};
   VXDataType found = VXldoubleType;
   for (const VXDataType candidate : order[preferUnsigned ? 1 : 0]) {
     if (isInRange(candidate, minValue) && isInRange(candidate, maxValue)) {

@@ -1,14 +1,14 @@
 // The text of a voxel, and a voxel from its text.
 
-#include <algorithm>
-#include <istream>
-#include <string>
-#include <type_traits>
-
 #include "vxComponentCodes.h"
 #include "vxErrorOutput.h"
 #include "vxNumberText.h"
 #include "vxTraceBuffer.h"
+
+#include <algorithm>
+#include <istream>
+#include <string>
+#include <type_traits>
 
 namespace {
 

@@ -1,10 +1,10 @@
 // Operations of a type that need no more than its record.
 
-#include <algorithm>
-
 #include "vxComponentCodes.h"
 #include "vxErrorOutput.h"
 #include "vxMemory.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -53,7 +53,8 @@ int xorBits(int a, int b) { return a ^ b; }
 template <class Combine>
 void combineVoxels(const CallLabel& label, const VXTypeInfos* infos, const unsigned char* a, const unsigned char* b,
                    unsigned char* result, Combine combine) {
-  if (areSet(label, badInfos, infos, a, b, result)) combineComponents(label, infos, a, componentsOf(b), result, combine);
+  if (areSet(label, badInfos, infos, a, b, result))
+    combineComponents(label, infos, a, componentsOf(b), result, combine);
 }
 
 bool isSameType(const VXTypeInfos& a, const VXTypeInfos& b) {
@@ -118,7 +119,8 @@ int VXTypeCastToInt(const VXTypeInfos* infos, const unsigned char* p) {
 }
 
 VXldouble VXTypeCastToDouble(const VXTypeInfos* infos, const unsigned char* p) {
-  return areSet("VXTypeCastToDouble", badSource, infos, p) ? VXTypeGetDoubleComponent(infos->structInfoString[0], p) : 0;
+  return areSet("VXTypeCastToDouble", badSource, infos, p) ? VXTypeGetDoubleComponent(infos->structInfoString[0], p)
+                                                           : 0;
 }
 
 void VXTypeCastFromBool(const VXTypeInfos* infos, short value, unsigned char* q) {

@@ -1,13 +1,13 @@
+#include "TestTypes.h"
+#include "TypesInC.h"
+
 #include "vxDataTypes.h"
+#include "vxTypeInfos.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
-
-#include "TestTypes.h"
-#include "TypesInC.h"
-#include "vxTypeInfos.h"
 
 namespace vx::test {
 namespace {
@@ -194,18 +194,12 @@ struct CodeRow {
 };
 
 constexpr CodeRow codeRows[] = {
-    {'b', "bool", "unsigned int8", 1, 1, 0, 1, 0, 0},
-    {'c', "unsigned char", "unsigned int8", 1, 1, 0, 1, 0, 0},
-    {'C', "char", "int8", 0, 1, 1, 1, 0, 0},
-    {'s', "unsigned short", "unsigned int16", 3, 2, 0, 1, 0, 0},
-    {'S', "signed short", "int16", 2, 2, 1, 1, 0, 0},
-    {'i', "unsigned int", "unsigned int32", 5, 4, 0, 1, 0, 0},
-    {'I', "signed int", "int32", 4, 4, 1, 1, 0, 0},
-    {'l', "unsigned long", "unsigned int32", 5, 4, 0, 1, 0, 0},
-    {'L', "long", "int32", 4, 4, 1, 1, 0, 0},
-    {'f', "float", "float", 6, 4, 1, 0, 1, 0},
-    {'d', "double", "double", 7, 8, 1, 0, 1, 0},
-    {'D', "long double", "long double", 8, 8, 1, 0, 1, 1},
+    {'b', "bool", "unsigned int8", 1, 1, 0, 1, 0, 0}, {'c', "unsigned char", "unsigned int8", 1, 1, 0, 1, 0, 0},
+    {'C', "char", "int8", 0, 1, 1, 1, 0, 0},          {'s', "unsigned short", "unsigned int16", 3, 2, 0, 1, 0, 0},
+    {'S', "signed short", "int16", 2, 2, 1, 1, 0, 0}, {'i', "unsigned int", "unsigned int32", 5, 4, 0, 1, 0, 0},
+    {'I', "signed int", "int32", 4, 4, 1, 1, 0, 0},   {'l', "unsigned long", "unsigned int32", 5, 4, 0, 1, 0, 0},
+    {'L', "long", "int32", 4, 4, 1, 1, 0, 0},         {'f', "float", "float", 6, 4, 1, 0, 1, 0},
+    {'d', "double", "double", 7, 8, 1, 0, 1, 0},      {'D', "long double", "long double", 8, 8, 1, 0, 1, 1},
     {'6', "int64", "int64", 9, 8, 1, 1, 0, 1},
 };
 

@@ -1,3 +1,6 @@
+#include "MessageRecorder.h"
+#include "TestTypes.h"
+
 #include "vxTypeInfos.h"
 
 #include <cmath>
@@ -7,9 +10,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "MessageRecorder.h"
-#include "TestTypes.h"
 
 namespace vx::test {
 namespace {
@@ -57,11 +57,27 @@ TEST(TypeComponentsTest, NumbersAreCastAsTheirCodeSays) {
     char code;
     double set, get;
   } rows[] = {
-      {'b', 0.5, 1},   {'b', 0, 0},          {'b', -3, 1},        {'c', 300, 44},     {'c', -1, 255},
-      {'C', 200, -56}, {'C', -2.9, -2},      {'s', -1, 65535},    {'S', 40000, -25536}, {'i', -1, 4294967295.0},
-      {'l', 4294967295.0, 4294967295.0},     {'I', 1e10, -2147483648.0}, {'L', -2147483648.0, -2147483648.0},
-      {'f', 0.1, 0.1F}, {'d', 0.1, 0.1},     {'D', 0.1, 0.1},     {'6', 1e15, 1e15},  {'6', 1e30, -9223372036854775808.0},
-      {'c', NAN, 0},   {'I', infinity, -2147483648.0},            {'d', -infinity, -infinity},
+      {'b', 0.5, 1},
+      {'b', 0, 0},
+      {'b', -3, 1},
+      {'c', 300, 44},
+      {'c', -1, 255},
+      {'C', 200, -56},
+      {'C', -2.9, -2},
+      {'s', -1, 65535},
+      {'S', 40000, -25536},
+      {'i', -1, 4294967295.0},
+      {'l', 4294967295.0, 4294967295.0},
+      {'I', 1e10, -2147483648.0},
+      {'L', -2147483648.0, -2147483648.0},
+      {'f', 0.1, 0.1F},
+      {'d', 0.1, 0.1},
+      {'D', 0.1, 0.1},
+      {'6', 1e15, 1e15},
+      {'6', 1e30, -9223372036854775808.0},
+      {'c', NAN, 0},
+      {'I', infinity, -2147483648.0},
+      {'d', -infinity, -infinity},
   };
   for (const auto& row : rows) {
     Block block(row.code);

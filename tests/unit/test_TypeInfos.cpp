@@ -1,3 +1,7 @@
+#include "MessageRecorder.h"
+#include "TestTypes.h"
+
+#include "vxMemory.h"
 #include "vxTypeInfos.h"
 
 #include <cstddef>
@@ -8,10 +12,6 @@
 #include <type_traits>
 #include <vector>
 
-#include "MessageRecorder.h"
-#include "TestTypes.h"
-#include "vxMemory.h"
-
 namespace vx::test {
 namespace {
 
@@ -20,27 +20,102 @@ using Words = std::vector<VXuint32>;
 Words wordsOf(const VXTypePropBits& bits) { return Words(bits.words, bits.words + 4); }
 
 // The operations in record order.
-const std::vector<std::string> operationNames = {
-    "getStringValue", "setStringValue", "setToMinimum", "setToMaximum", "setToDefault", "copy", "castToBool",
-    "castToInt", "castToDouble", "castToOtherType", "castFromBool", "castFromInt", "castFromDouble",
-    "castFromOtherType", "binaryAndInt", "binaryOrInt", "binaryXorInt", "binaryIntAnd", "binaryIntOr",
-    "binaryIntXor", "binaryAnd", "binaryOr", "binaryXor", "shiftLeft", "shiftRight", "shiftIntLeft",
-    "shiftIntRight", "isEqualToInt", "isEqualToDouble", "isIntEqualTo", "isDoubleEqualTo", "isEqualToType",
-    "isEqualToOtherType", "isSmallerThanInt", "isSmallerThanDouble", "isIntSmallerThan", "isDoubleSmallerThan",
-    "isSmallerThanType", "isSmallerThanOtherType", "isGreaterThanInt", "isGreaterThanDouble", "isIntGreaterThan",
-    "isDoubleGreaterThan", "isGreaterThanType", "isGreaterThanOtherType", "invert", "negate", "normalize",
-    "multWithInt", "multWithDouble", "multIntWith", "multDoubleWith", "multWithType", "multWithOtherType",
-    "divByInt", "divByDouble", "divIntBy", "divDoubleBy", "divByType", "divByOtherType", "plusInt", "plusDouble",
-    "intPlus", "doublePlus", "plusType", "plusOtherType", "minusInt", "minusDouble", "intMinus", "doubleMinus",
-    "minusType", "minusOtherType", "powerOfInt", "powerOfDouble", "powerIntOf", "powerDoubleOf", "powerOfType",
-    "powerOfOtherType", "sinOfType", "cosOfType", "tanOfType", "asinOfType", "acosOfType", "atanOfType",
-    "sinhOfType", "coshOfType", "tanhOfType", "expOfType", "logOfType", "sqrtOfType"};
+const std::vector<std::string> operationNames = {"getStringValue",
+                                                 "setStringValue",
+                                                 "setToMinimum",
+                                                 "setToMaximum",
+                                                 "setToDefault",
+                                                 "copy",
+                                                 "castToBool",
+                                                 "castToInt",
+                                                 "castToDouble",
+                                                 "castToOtherType",
+                                                 "castFromBool",
+                                                 "castFromInt",
+                                                 "castFromDouble",
+                                                 "castFromOtherType",
+                                                 "binaryAndInt",
+                                                 "binaryOrInt",
+                                                 "binaryXorInt",
+                                                 "binaryIntAnd",
+                                                 "binaryIntOr",
+                                                 "binaryIntXor",
+                                                 "binaryAnd",
+                                                 "binaryOr",
+                                                 "binaryXor",
+                                                 "shiftLeft",
+                                                 "shiftRight",
+                                                 "shiftIntLeft",
+                                                 "shiftIntRight",
+                                                 "isEqualToInt",
+                                                 "isEqualToDouble",
+                                                 "isIntEqualTo",
+                                                 "isDoubleEqualTo",
+                                                 "isEqualToType",
+                                                 "isEqualToOtherType",
+                                                 "isSmallerThanInt",
+                                                 "isSmallerThanDouble",
+                                                 "isIntSmallerThan",
+                                                 "isDoubleSmallerThan",
+                                                 "isSmallerThanType",
+                                                 "isSmallerThanOtherType",
+                                                 "isGreaterThanInt",
+                                                 "isGreaterThanDouble",
+                                                 "isIntGreaterThan",
+                                                 "isDoubleGreaterThan",
+                                                 "isGreaterThanType",
+                                                 "isGreaterThanOtherType",
+                                                 "invert",
+                                                 "negate",
+                                                 "normalize",
+                                                 "multWithInt",
+                                                 "multWithDouble",
+                                                 "multIntWith",
+                                                 "multDoubleWith",
+                                                 "multWithType",
+                                                 "multWithOtherType",
+                                                 "divByInt",
+                                                 "divByDouble",
+                                                 "divIntBy",
+                                                 "divDoubleBy",
+                                                 "divByType",
+                                                 "divByOtherType",
+                                                 "plusInt",
+                                                 "plusDouble",
+                                                 "intPlus",
+                                                 "doublePlus",
+                                                 "plusType",
+                                                 "plusOtherType",
+                                                 "minusInt",
+                                                 "minusDouble",
+                                                 "intMinus",
+                                                 "doubleMinus",
+                                                 "minusType",
+                                                 "minusOtherType",
+                                                 "powerOfInt",
+                                                 "powerOfDouble",
+                                                 "powerIntOf",
+                                                 "powerDoubleOf",
+                                                 "powerOfType",
+                                                 "powerOfOtherType",
+                                                 "sinOfType",
+                                                 "cosOfType",
+                                                 "tanOfType",
+                                                 "asinOfType",
+                                                 "acosOfType",
+                                                 "atanOfType",
+                                                 "sinhOfType",
+                                                 "coshOfType",
+                                                 "tanhOfType",
+                                                 "expOfType",
+                                                 "logOfType",
+                                                 "sqrtOfType"};
 
 TEST(TypeInfosLayoutTest, TheOperationsStandInTheirOrderWithoutGaps) {
   ASSERT_EQ(operationNames.size(), 90u);
   std::size_t index = 0;
-#define VX_CHECK_MEMBER(member, ...)                                                                             \
-  EXPECT_EQ(operationNames[index], #member);                                                                     \
+#define VX_CHECK_MEMBER(member, ...)                                                                            \
+  EXPECT_EQ(operationNames[index], #member);                                                                    \
   EXPECT_EQ(offsetof(VXTypeInfos, member), offsetof(VXTypeInfos, getStringValue) + index * sizeof(void (*)())); \
   ++index;
   VX_FOR_EACH_TYPE_OPERATION(VX_CHECK_MEMBER, VX_CHECK_MEMBER)
@@ -50,15 +125,24 @@ TEST(TypeInfosLayoutTest, TheOperationsStandInTheirOrderWithoutGaps) {
 
 TEST(TypeInfosLayoutTest, TheOtherMembersStandInTheirOrder) {
   static_assert(std::is_standard_layout_v<VXTypeInfos> && std::is_trivially_copyable_v<VXTypeInfos>);
-  const std::size_t offsets[] = {offsetof(VXTypeInfos, numComponents),    offsetof(VXTypeInfos, typeSize),
-                                 offsetof(VXTypeInfos, physicalType),     offsetof(VXTypeInfos, physicalSize),
-                                 offsetof(VXTypeInfos, name),             offsetof(VXTypeInfos, rangeAndPrecisionEquivalent),
-                                 offsetof(VXTypeInfos, typeMinDbl),       offsetof(VXTypeInfos, typeMaxDbl),
-                                 offsetof(VXTypeInfos, typeMinPtr),       offsetof(VXTypeInfos, typeMaxPtr),
-                                 offsetof(VXTypeInfos, typeDefaultPtr),   offsetof(VXTypeInfos, numGoodCastTos),
-                                 offsetof(VXTypeInfos, goodCastTos),      offsetof(VXTypeInfos, componentOffsets),
-                                 offsetof(VXTypeInfos, structInfoString), offsetof(VXTypeInfos, dataType),
-                                 offsetof(VXTypeInfos, propertyBits),     offsetof(VXTypeInfos, getStringValue)};
+  const std::size_t offsets[] = {offsetof(VXTypeInfos, numComponents),
+                                 offsetof(VXTypeInfos, typeSize),
+                                 offsetof(VXTypeInfos, physicalType),
+                                 offsetof(VXTypeInfos, physicalSize),
+                                 offsetof(VXTypeInfos, name),
+                                 offsetof(VXTypeInfos, rangeAndPrecisionEquivalent),
+                                 offsetof(VXTypeInfos, typeMinDbl),
+                                 offsetof(VXTypeInfos, typeMaxDbl),
+                                 offsetof(VXTypeInfos, typeMinPtr),
+                                 offsetof(VXTypeInfos, typeMaxPtr),
+                                 offsetof(VXTypeInfos, typeDefaultPtr),
+                                 offsetof(VXTypeInfos, numGoodCastTos),
+                                 offsetof(VXTypeInfos, goodCastTos),
+                                 offsetof(VXTypeInfos, componentOffsets),
+                                 offsetof(VXTypeInfos, structInfoString),
+                                 offsetof(VXTypeInfos, dataType),
+                                 offsetof(VXTypeInfos, propertyBits),
+                                 offsetof(VXTypeInfos, getStringValue)};
   for (std::size_t i = 1; i < std::size(offsets); ++i) EXPECT_LT(offsets[i - 1], offsets[i]) << i;
   EXPECT_EQ(sizeof(VXTypeInfos::componentOffsets), 512 * sizeof(VXuint32));
   EXPECT_EQ(sizeof(VXTypePropBits), 16u);
@@ -248,11 +332,10 @@ TEST_F(TypeInfosInitTest, ABasicTypeIsStoredInTheStandardTypeOfItsComponents) {
     VXuint64 size;
     VXDataType expected;
   } rows[] = {
-      {"c", 1, 1},  {"s", 2, 3},  {"i", 4, 5},  {"l", 4, 5},  {"b", 1, 1},  {"i", 8, -1}, {"c", 3, -1},
-      {"C", 1, 0},  {"S", 2, 2},  {"I", 4, 4},  {"L", 4, 4},  {"6", 8, 9},  {"I", 8, -1}, {"6", 4, -1},
-      {"6", 1, 0},  {"f", 4, 6},  {"f", 8, 7},  {"d", 8, 7},  {"D", 8, 8},  {"D", 4, 6},  {"d", 2, -1},
-      {"ff", 8, 7}, {"cc", 2, 3}, {"Cf", 4, 6}, {"cf", 4, -1}, {"?", 4, -1}, {"I", 0, -1}, {"f", 16, -1},
-      {"6D", 8, 8}, {"6d", 8, 7},
+      {"c", 1, 1},   {"s", 2, 3},  {"i", 4, 5},  {"l", 4, 5},   {"b", 1, 1},  {"i", 8, -1}, {"c", 3, -1}, {"C", 1, 0},
+      {"S", 2, 2},   {"I", 4, 4},  {"L", 4, 4},  {"6", 8, 9},   {"I", 8, -1}, {"6", 4, -1}, {"6", 1, 0},  {"f", 4, 6},
+      {"f", 8, 7},   {"d", 8, 7},  {"D", 8, 8},  {"D", 4, 6},   {"d", 2, -1}, {"ff", 8, 7}, {"cc", 2, 3}, {"Cf", 4, 6},
+      {"cf", 4, -1}, {"?", 4, -1}, {"I", 0, -1}, {"f", 16, -1}, {"6D", 8, 8}, {"6d", 8, 7},
   };
   arguments.isBasic = 1;
   for (const auto& row : rows) {
@@ -335,13 +418,13 @@ TEST(TypeDefaultsTest, EachOperationThatDiffersSetsItsOwnBitAlone) {
   VXTypeSetDefaultFunctionPointers(&infos);
   VXTypeCorrectPropertyBits(&infos);
   EXPECT_EQ(wordsOf(infos.propertyBits), (Words{0, 0, 0, 0xF0})) << "the kind of type stays";
-#define VX_CHANGE(member, Name, signature, word, bit, reported)                                                     \
-  {                                                                                                                 \
-    const auto before = infos.member;                                                                               \
-    infos.member = nullptr;                                                                                         \
-    VXTypeCorrectPropertyBits(&infos);                                                                              \
+#define VX_CHANGE(member, Name, signature, word, bit, reported)                                                       \
+  {                                                                                                                   \
+    const auto before = infos.member;                                                                                 \
+    infos.member = nullptr;                                                                                           \
+    VXTypeCorrectPropertyBits(&infos);                                                                                \
     EXPECT_EQ(wordsOf(infos.propertyBits), wordsOf(VXTypePropBitsOr(VXTypeHas##Name, {{0, 0, 0, 0xF0}}))) << #member; \
-    infos.member = before;                                                                                          \
+    infos.member = before;                                                                                            \
   }
 #define VX_NO_CHANGE(member, Name, signature)
   VX_FOR_EACH_TYPE_OPERATION(VX_CHANGE, VX_NO_CHANGE)
@@ -458,11 +541,10 @@ TEST(BestScalarTypeTest, PromotesOverAllComponents) {
     int noInt64, noLongDouble;
     VXDataType expected;
   } rows[] = {
-      {nullptr, 0, 0, -1},   {"", 0, 0, -1},      {"f", 0, 0, 6},       {"?", 0, 0, -1},
-      {"cC", 0, 0, 2},       {"Sfccc", 0, 0, 6},  {"iI", 0, 0, 6},      {"c?f", 0, 0, -1},
-      {"cc", 0, 0, 1},       {"6", 0, 0, 9},      {"6", 1, 0, 7},       {"D", 0, 0, 8},
-      {"D", 0, 1, 7},        {"6f", 0, 0, 6},     {"dD", 1, 0, 8},      {"dD", 0, 1, 7},
-      {"I6", 1, 1, 7},       {"b", 0, 0, 1},      {"?f", 0, 0, 6},
+      {nullptr, 0, 0, -1}, {"", 0, 0, -1},  {"f", 0, 0, 6},    {"?", 0, 0, -1}, {"cC", 0, 0, 2},
+      {"Sfccc", 0, 0, 6},  {"iI", 0, 0, 6}, {"c?f", 0, 0, -1}, {"cc", 0, 0, 1}, {"6", 0, 0, 9},
+      {"6", 1, 0, 7},      {"D", 0, 0, 8},  {"D", 0, 1, 7},    {"6f", 0, 0, 6}, {"dD", 1, 0, 8},
+      {"dD", 0, 1, 7},     {"I6", 1, 1, 7}, {"b", 0, 0, 1},    {"?f", 0, 0, 6},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(VXTypeGetBestScalarTypeForTypeComponentChars(row.chars, row.noInt64, row.noLongDouble), row.expected)
@@ -506,7 +588,11 @@ TEST(VoxelBufferTest, ReadsNoMoreOfTheDefaultThanItsAuthorDeclared) {
   const MemoryPtr<unsigned char> value(static_cast<unsigned char*>(VXMemDup("123456789", 9, VX_RETURN_NULL)));
   const MemoryPtr<unsigned char> voxels(VXAllocateVoxelBuffer(arguments.infos.dataType, 2, value.get()));
   ASSERT_TRUE(voxels);
-  EXPECT_EQ(std::memcmp(voxels.get(), "123456789\0\0\0" "123456789\0\0\0", 24), 0);
+  EXPECT_EQ(std::memcmp(voxels.get(),
+                        "123456789\0\0\0"
+                        "123456789\0\0\0",
+                        24),
+            0);
 }
 
 TEST(VoxelValueTest, IsReadThroughTheTypesCast) {

@@ -1,3 +1,6 @@
+#include "MessageRecorder.h"
+#include "TestTypes.h"
+
 #include "vxTypeInfos.h"
 
 #include <atomic>
@@ -7,9 +10,6 @@
 #include <new>
 #include <thread>
 #include <vector>
-
-#include "MessageRecorder.h"
-#include "TestTypes.h"
 
 namespace {
 // While set, no memory is given for anything as large as a saved record.

@@ -1,12 +1,12 @@
+#include "TestTypes.h"
+
 #include "vxDataTypes.h"
+#include "vxTypeInfos.h"
 
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
 #include <vector>
-
-#include "TestTypes.h"
-#include "vxTypeInfos.h"
 
 namespace vx::test {
 namespace {
@@ -145,22 +145,37 @@ TEST_F(TypePromotionTest, UncorrectedRangeTakesTheFirstTypeThatFits) {
     int preferUnsigned;
     VXDataType expected;
   } rows[] = {
-      {0, 255, 0, VXuint8Type},          {0, 100, 1, VXuint8Type},
-      {0, 100, 0, VXint8Type},           {255, 0, 0, VXuint8Type},
-      {-1, 100, 1, VXint8Type},          {-128, 127, 0, VXint8Type},
-      {-129, 127, 0, VXint16Type},       {-129, 127, 1, VXint16Type},
-      {0, 256, 0, VXint16Type},          {0, 256, 1, VXuint16Type},
-      {0, 32768, 0, VXuint16Type},       {-1, 32768, 0, VXint32Type},
-      {0, 65536, 0, VXint32Type},        {0, 65536, 1, VXuint32Type},
-      {0, 2147483648.0, 0, VXuint32Type}, {-1, 2147483648.0, 1, VXint64Type},
-      {0, 4294967296.0, 1, VXint64Type}, {0, 1e18, 0, VXint64Type},
-      {0, maxInt64, 0, VXint64Type},     {0, 2 * maxInt64, 0, VXfloatType},
-      {0, 1e30, 0, VXfloatType},         {0, 1e300, 0, VXdoubleType},
+      {0, 255, 0, VXuint8Type},
+      {0, 100, 1, VXuint8Type},
+      {0, 100, 0, VXint8Type},
+      {255, 0, 0, VXuint8Type},
+      {-1, 100, 1, VXint8Type},
+      {-128, 127, 0, VXint8Type},
+      {-129, 127, 0, VXint16Type},
+      {-129, 127, 1, VXint16Type},
+      {0, 256, 0, VXint16Type},
+      {0, 256, 1, VXuint16Type},
+      {0, 32768, 0, VXuint16Type},
+      {-1, 32768, 0, VXint32Type},
+      {0, 65536, 0, VXint32Type},
+      {0, 65536, 1, VXuint32Type},
+      {0, 2147483648.0, 0, VXuint32Type},
+      {-1, 2147483648.0, 1, VXint64Type},
+      {0, 4294967296.0, 1, VXint64Type},
+      {0, 1e18, 0, VXint64Type},
+      {0, maxInt64, 0, VXint64Type},
+      {0, 2 * maxInt64, 0, VXfloatType},
+      {0, 1e30, 0, VXfloatType},
+      {0, 1e300, 0, VXdoubleType},
       {0, std::numeric_limits<double>::infinity(), 0, VXldoubleType},
-      {0, 0.5, 0, VXfloatType},          {0, 1, 0, VXfloatType},
-      {1, 0, 1, VXfloatType},            {0, 1.5, 0, VXint8Type},
-      {5, 5, 0, VXint8Type},             {5, 5, 1, VXuint8Type},
-      {300, 300, 0, VXint16Type},        {0, 1e-320, 0, VXint8Type},
+      {0, 0.5, 0, VXfloatType},
+      {0, 1, 0, VXfloatType},
+      {1, 0, 1, VXfloatType},
+      {0, 1.5, 0, VXint8Type},
+      {5, 5, 0, VXint8Type},
+      {5, 5, 1, VXuint8Type},
+      {300, 300, 0, VXint16Type},
+      {0, 1e-320, 0, VXint8Type},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(VXGetDataTypeForUncorrectedRange(row.min, row.max, row.preferUnsigned), row.expected)

@@ -1,3 +1,7 @@
+#include "MessageRecorder.h"
+#include "TestTypes.h"
+
+#include "vxMemory.h"
 #include "vxTypeInfos.h"
 
 #include <clocale>
@@ -9,10 +13,6 @@
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include "MessageRecorder.h"
-#include "TestTypes.h"
-#include "vxMemory.h"
 
 namespace vx::test {
 namespace {
@@ -96,8 +96,7 @@ TEST(TypeTextTest, ComponentsAreSeparatedByOneBlank) {
   ASSERT_TRUE(registerTestTypes());
   const Mixed voxel = {-3, 0.25F, {1, 2, 255}};
   EXPECT_EQ(take(VXTypeComponentsToString(VXGetTypeInfosForDataType(mixedType()), &voxel)), "-3 0.25 1 2 255");
-  EXPECT_EQ(take(VXTypeComponentsToStringLimited(VXGetTypeInfosForDataType(mixedType()), &voxel, 1)),
-            "-3 0.2 1 2 255");
+  EXPECT_EQ(take(VXTypeComponentsToStringLimited(VXGetTypeInfosForDataType(mixedType()), &voxel, 1)), "-3 0.2 1 2 255");
 }
 
 TEST(TypeTextTest, NullArgumentsGiveNullFromTheWorkerAndAnEmptyTextElsewhere) {
@@ -315,9 +314,8 @@ TEST(TypeReadTest, AStreamWithoutAnyDefaultIsReported) {
   std::istringstream stream("5");
   EXPECT_EQ(VXTypeComponentsFromStream(&type, stream, nullptr, reinterpret_cast<unsigned char*>(&result)), 0u);
   EXPECT_EQ(result, 3);
-  EXPECT_EQ(recorder.take(),
-            (std::vector<Message>{{VX_ERROR, VX_NO_DEFAULT_VALUE, "VXTypeComponentsFromStream",
-                                   "Could not determine default value from infos, ignoring call."}}));
+  EXPECT_EQ(recorder.take(), (std::vector<Message>{{VX_ERROR, VX_NO_DEFAULT_VALUE, "VXTypeComponentsFromStream",
+                                                    "Could not determine default value from infos, ignoring call."}}));
 }
 
 }  // namespace

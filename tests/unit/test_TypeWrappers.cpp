@@ -1,3 +1,6 @@
+#include "MessageRecorder.h"
+#include "TestTypes.h"
+
 #include "vxTypeInfos.h"
 
 #include <cstring>
@@ -5,9 +8,6 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
-
-#include "MessageRecorder.h"
-#include "TestTypes.h"
 
 namespace vx::test {
 namespace {
