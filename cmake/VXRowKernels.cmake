@@ -13,6 +13,7 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
     COMPILE_OPTIONS "${vx_row_kernel_options};-mavx512f;-mavx512bw;-mavx512dq;-mavx512vl")
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # gcc takes the results that its own intrinsics leave undefined for variables that someone forgot to set.
-    set_property(SOURCE vxRowKernelsAvx512.cpp APPEND PROPERTY COMPILE_OPTIONS -Wno-maybe-uninitialized)
+    set_property(SOURCE vxRowKernelsAvx512.cpp APPEND PROPERTY COMPILE_OPTIONS
+      -Wno-uninitialized -Wno-maybe-uninitialized)
   endif()
 endif()
