@@ -134,6 +134,7 @@ struct Lanes {
 /// Eight voxels as float.
 struct FloatLanes {
   static constexpr int size = 8;
+  static constexpr bool has64Bits = false;
   __m256 v;
 
   static FloatLanes load(const unsigned char* p) { return {_mm256_loadu_ps(reinterpret_cast<const float*>(p))}; }

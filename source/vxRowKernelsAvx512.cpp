@@ -72,6 +72,7 @@ struct Lanes {
 /// Sixteen voxels as float.
 struct FloatLanes {
   static constexpr int size = 16;
+  static constexpr bool has64Bits = true;
   __m512 v;
 
   static FloatLanes load(const unsigned char* p) { return {_mm512_loadu_ps(p)}; }
@@ -83,6 +84,18 @@ struct FloatLanes {
   void store(unsigned char* p, VXint16) const { store256(p, _mm512_cvtepi32_epi16(as32Bits())); }
   void store(unsigned char* p, VXuint16) const { store256(p, _mm512_cvtepi32_epi16(as32Bits())); }
   void store(unsigned char* p, VXint32) const { _mm512_storeu_si512(p, as32Bits()); }
+
+  __m512i lowAs64Bits() const { return _mm512_cvttps_epi64(_mm512_castps512_ps256(v)); }
+  __m512i highAs64Bits() const { return _mm512_cvttps_epi64(_mm512_extractf32x8_ps(v, 1)); }
+
+  void store(unsigned char* p, VXuint32) const {
+    store256(p, _mm512_cvtepi64_epi32(lowAs64Bits()));
+    store256(p + 32, _mm512_cvtepi64_epi32(highAs64Bits()));
+  }
+  void store(unsigned char* p, VXint64) const {
+    _mm512_storeu_si512(p, lowAs64Bits());
+    _mm512_storeu_si512(p + 64, highAs64Bits());
+  }
 };
 
 }  // namespace

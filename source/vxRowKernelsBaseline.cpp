@@ -45,6 +45,7 @@ inline VXint64 truncateTo64Bits(double value) { return truncateTo<VXint64>(value
 template <class Number>
 struct PlainLanes {
   static constexpr int size = 8;
+  static constexpr bool has64Bits = true;
   Number v[size];
 
   static PlainLanes all(Number value) {

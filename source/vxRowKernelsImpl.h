@@ -89,7 +89,7 @@ template <class Out, class In>
   if constexpr (std::is_floating_point_v<In> && std::is_integral_v<Out>) {
     // The intermediate integer of truncateTo(): 32 bits are enough for all but these.
     constexpr bool needs64Bits = std::is_same_v<Out, VXuint32> || std::is_same_v<Out, VXint64>;
-    if constexpr (std::is_same_v<In, VXfloat> && !needs64Bits) {
+    if constexpr (std::is_same_v<In, VXfloat> && (!needs64Bits || FloatLanes::has64Bits)) {
       forEachGroup<Out, In, FloatLanes::size>(
           in, out, n, [](const Byte* from, Byte* to) { FloatLanes::load(from).store(to, Out()); });
     } else {
@@ -161,9 +161,24 @@ void convertRun(const void* in, void* out, std::size_t n) {
   }
 }
 
+template <class Bits>
+void fillRun(void* out, std::size_t n, const void* value);
+
+/// An unsigned integer of the size of a voxel.
+template <std::size_t size>
+using BitsOfSize =
+    std::conditional_t<size == 1, VXuint8,
+                       std::conditional_t<size == 2, VXuint16, std::conditional_t<size == 4, VXuint32, VXuint64>>>;
+
 template <class Out, class In>
 void convertScaledRun(const void* in, void* out, std::size_t n, double scale, double shift) {
-  if (canStream && n >= streamingBytes / sizeof(Out)) {
+  if (scale != scale || shift != shift) {
+    // All results are NaN. Which operand's bits a NaN has is up to the compiler, so they are chosen here.
+    const double result = __builtin_nan("");
+    Out voxel;
+    convertInCache<Out, double>(&result, &voxel, 1);
+    fillRun<BitsOfSize<sizeof(Out)>>(out, n, &voxel);
+  } else if (canStream && n >= streamingBytes / sizeof(Out)) {
     convertStreaming(in, sizeof(In), out, sizeof(Out), n, [=](const void* from, void* to, std::size_t count) {
       convertScaledInCache<Out, In>(from, to, count, scale, shift);
     });
@@ -246,12 +261,6 @@ void minMaxRun(const void* in, std::size_t n, void* minInOut, void* maxInOut) {
   voxels<T>(minInOut)->value = minValue;
   voxels<T>(maxInOut)->value = maxValue;
 }
-
-/// An unsigned integer of the size of a voxel.
-template <std::size_t size>
-using BitsOfSize =
-    std::conditional_t<size == 1, VXuint8,
-                       std::conditional_t<size == 2, VXuint16, std::conditional_t<size == 4, VXuint32, VXuint64>>>;
 
 /// Differences are gathered over a block of voxels, so that the loop has no exit within; blocks end early.
 template <class T>
