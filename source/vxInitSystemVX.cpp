@@ -7,6 +7,7 @@
 #include "vxImagePropertyExtension.h"
 #include "vxMedicalImageProperties.h"
 #include "vxNotify.h"
+#include "vxSubImg.h"
 #include "vxTraceBuffer.h"
 #include "vxTreeNode.h"
 #include "vxTypeInfos.h"
@@ -41,6 +42,7 @@ int VXinit() {
              &ImagePropertyExtensionContainer::initClass,
              &ImagePropertyExtension::initClass,
              &MedicalImageProperties::initClass,
+             &SubImg::initClass,
              &TreeNode::initClass,
              &TreeNodeException::initClass,
          }) {
