@@ -195,9 +195,10 @@ TEST_P(RandomSubImgTest, TheFirstDifferenceIsFoundInMemoryOrder) {
     Position expected(-1);
     if (!common.isEmpty() && random.number(0, 3) > 0) {
       for (std::size_t d = 0; d < 6; ++d) expected[d] = random.number(common.v1[d], common.v2[d]);
-      b.at(expected)[VXSizeOf(type) - 1] ^= 1U;
+      const auto flip = [](unsigned char& byte) { byte = static_cast<unsigned char>(~byte); };
+      flip(b.at(expected)[VXSizeOf(type) - 1]);
       // One more, behind the first.
-      b.at(common.v2)[0] ^= expected == common.v2 ? 0U : 4U;
+      if (expected != common.v2) flip(b.at(common.v2)[0]);
     }
     bool isSame = false;
     Position difference;
