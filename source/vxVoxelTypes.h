@@ -95,6 +95,9 @@ bool visitInputType(VXint32 slot, Visitor&& visitor) {
 #undef VX_VISIT_OUTPUT_SLOT
 #undef VX_VISIT_INPUT_SLOT
 
+/// Whether a type is a standard type, whose push would change nothing and answer its number.
+inline bool isStandardType(VXDataType dataType) { return dataType >= 0 && dataType < 10; }
+
 /// Brings types into their slots for a scope.
 class TypePush {
  public:
@@ -102,8 +105,8 @@ class TypePush {
   explicit TypePush(VXDataType dataType) : TypePush(dataType, 0, dataType, 1) {}
   /// Two types. \param isInput1,isInput2 non-zero for one that is read.
   TypePush(VXDataType dataType1, int isInput1, VXDataType dataType2, int isInput2)
-      : _pushed(isStandard(dataType1) && isStandard(dataType2)
-                    ? VXTypePushInfo{{0, dataType1}, {0, dataType2}}  // as the push answers
+      : _pushed(isStandardType(dataType1) && isStandardType(dataType2)
+                    ? VXTypePushInfo{{0, dataType1}, {0, dataType2}}
                     : VXTypeInfosPushAndSetTypes(dataType1, isInput1, dataType2, isInput2)) {}
   ~TypePush() {
     if (_pushed.first.pushInfo != 0 || _pushed.second.pushInfo != 0) VXTypeInfosPop(_pushed);
@@ -115,16 +118,17 @@ class TypePush {
   VXint32 getSlot() const { return _pushed.first.slot; }
 
  private:
-  static bool isStandard(VXDataType dataType) { return dataType >= 0 && dataType < 10; }
-
   const VXTypePushInfo _pushed;
 };
 
 /// Brings a type that is read into its slot for a scope.
 class InputTypePush {
  public:
-  explicit InputTypePush(VXDataType dataType) : _pushed(VXTypeInfosPushAndSetInput(dataType)) {}
-  ~InputTypePush() { VXTypeInfoPop(_pushed); }
+  explicit InputTypePush(VXDataType dataType)
+      : _pushed(isStandardType(dataType) ? VXTypePushSingleInfo{0, dataType} : VXTypeInfosPushAndSetInput(dataType)) {}
+  ~InputTypePush() {
+    if (_pushed.pushInfo != 0) VXTypeInfoPop(_pushed);
+  }
   InputTypePush(const InputTypePush&) = delete;
   InputTypePush& operator=(const InputTypePush&) = delete;
 

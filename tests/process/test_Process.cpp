@@ -105,7 +105,8 @@ TEST(Start, TheClassesOfTheLibraryStandInTheOrderOfTheStartUpAndBelongToIt) {
   EXPECT_EQ(text.rfind("Base(No parent,) ", 0), 0U) << text;
   const Strings inOrder = {"ImageProperties(No parent,VX) ",   "ImagePropertyExtensionContainer(Base,VX) ",
                            "ImagePropertyExtension(Base,VX) ", "MedicalImageProperties(ImageProperties,VX) ",
-                           "TreeNode(No parent,VX) ",          "TreeNodeException(No parent,VX) "};
+                           "SubImg(ImageProperties,VX) ",      "TreeNode(No parent,VX) ",
+                           "TreeNodeException(No parent,VX) "};
   std::size_t place = 0;
   for (const std::string& entry : inOrder) {
     const std::size_t found = text.find(entry);

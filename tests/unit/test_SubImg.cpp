@@ -26,6 +26,14 @@ struct Probe : SubImg {
   using SubImg::SubImg;
 };
 
+// Virtual functions are found by their position in the table of the class: modules are built against it.
+template <class Function>
+std::ptrdiff_t slotOf(Function function) {
+  std::ptrdiff_t position = 0;
+  std::memcpy(&position, &function, sizeof position);
+  return (position - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
+}
+
 // Counts the calls of setData().
 struct DataProbe : Probe {
   using Probe::Probe;
@@ -60,6 +68,25 @@ TEST_F(SubImgTest, StartsEmptyWithoutMemory) {
   EXPECT_EQ(block._dataTypeSize, 1U);
   EXPECT_EQ(block._data, nullptr);
   EXPECT_EQ(block._position, Position(0));
+}
+
+TEST_F(SubImgTest, MembersLieInTheirOrder) {
+  const Probe block;
+  const std::vector<const void*> members = {&block._position, &block._data, &block._stride, &block._dataTypeSize};
+  for (std::size_t i = 1; i < members.size(); ++i) EXPECT_LT(members[i - 1], members[i]) << i;
+  EXPECT_EQ(sizeof block._dataTypeSize, 4U);
+}
+
+TEST_F(SubImgTest, VirtualFunctionsKeepTheirOrder) {
+  EXPECT_EQ(slotOf(&SubImg::setImgExt), 2);
+  EXPECT_EQ(slotOf(&SubImg::setDataType), 3);
+  EXPECT_EQ(slotOf(&SubImg::isUpToDate), 4);
+  EXPECT_EQ(slotOf(&SubImg::setUpToDate), 5);
+  EXPECT_EQ(slotOf(&SubImg::setOutOfDate), 6);
+  EXPECT_EQ(slotOf(&SubImg::getTypeId), 7);
+  EXPECT_EQ(slotOf(&SubImg::getTypeIdName), 8);
+  EXPECT_EQ(slotOf(&SubImg::typeInstanceCounter), 9);
+  EXPECT_EQ(slotOf(&SubImg::setData), 10);
 }
 
 TEST_F(SubImgTest, DerivesItsBoxFromPositionAndExtent) {
