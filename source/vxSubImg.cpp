@@ -13,7 +13,8 @@ namespace vx {
 
 VX_CLASS_SOURCE(SubImg, "ImageProperties")
 
-SubImg::SubImg() : _stride(_imgExt.getStrides()), _dataTypeSize(VXSizeOf(_dataType)) {}
+// Strides and size are those of an extent of 0 and a type of one byte.
+SubImg::SubImg() : _stride(1, 0, 0, 0, 0, 0), _dataTypeSize(1) {}
 
 SubImg::SubImg(const SubImgBox& box, VXDataType dataType, void* data) : _data(data), _dataTypeSize(VXSizeOf(dataType)) {
   _dataType = dataType;

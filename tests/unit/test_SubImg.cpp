@@ -65,7 +65,8 @@ TEST_F(SubImgTest, StartsEmptyWithoutMemory) {
   EXPECT_EQ(block.getBox(), SubImgBox());
   EXPECT_TRUE(block.getBox().isEmpty());
   EXPECT_EQ(block.getDataType(), VXuint8Type);
-  EXPECT_EQ(block._dataTypeSize, 1U);
+  EXPECT_EQ(block._dataTypeSize, VXSizeOf(VXuint8Type));
+  EXPECT_EQ(block._stride, Position(0).getStrides());
   EXPECT_EQ(block._data, nullptr);
   EXPECT_EQ(block._position, Position(0));
 }

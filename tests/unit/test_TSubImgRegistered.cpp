@@ -7,8 +7,11 @@
 #include "vxTSubImg.h"
 #include "vxTypeInfos.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <string>
+#include <thread>
 
 namespace vx::test {
 namespace {
@@ -301,6 +304,27 @@ TEST_F(RegisteredSubImgTest, TypedViewsBringTheirTypesIntoTheSlots) {
   forEachPosition(outBox, [&](const Position& p) {
     EXPECT_EQ(b.get<Complex>(p), (Complex{2 * (a.get<Complex>(p).re + 1), 1}));
   });
+}
+
+TEST_F(RegisteredSubImgTest, WorkersShareATypeInItsSlot) {
+  TestBlock in(inBox, complexType()), expected(outBox, vector3Type());
+  number(in);
+  expected.img.copySubImage(in.img, ScaleShiftData(2, 1));
+  _VXSetMultithreadingActive(1);
+  std::vector<std::thread> workers;
+  std::atomic<int> numFailures = 0;
+  for (int i = 0; i < 3; ++i) {
+    workers.emplace_back([&] {
+      for (int round = 0; round < 20; ++round) {
+        TestBlock out(outBox, vector3Type());
+        out.img.copySubImage(in.img, ScaleShiftData(2, 1));
+        if (out.bytes() != expected.bytes()) ++numFailures;
+      }
+    });
+  }
+  for (std::thread& worker : workers) worker.join();
+  _VXSetMultithreadingActive(0);
+  EXPECT_EQ(numFailures, 0);
 }
 
 TEST_F(RegisteredSubImgTest, PrintsTheTextOfEachVoxel) {
