@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 #include <new>
+#include <vector>
 
 namespace vx {
 
@@ -70,10 +70,12 @@ unsigned char* fillBorders(const VoxelBlock& block, const SubImgBox& hole, FillR
   const auto lineLen = static_cast<std::size_t>(block.box.getExt().x);
   VXuint64 numBytes = 0;
   if (!multiplySizes(lineLen, block.voxelSize, numBytes)) throw std::bad_alloc();
-  const std::unique_ptr<unsigned char[]> line(new unsigned char[static_cast<std::size_t>(numBytes)]);
-  fill(line.get(), lineLen, value);
+  std::vector<unsigned char> line;
+  if (numBytes > line.max_size()) throw std::bad_alloc();
+  line.resize(static_cast<std::size_t>(numBytes));
+  fill(line.data(), lineLen, value);
   return walkBorders(block, hole, [&](const TVector<VXint64>&, unsigned char* voxels, std::size_t numVoxels) {
-    std::memcpy(voxels, line.get(), numVoxels * static_cast<std::size_t>(block.voxelSize));
+    std::memcpy(voxels, line.data(), numVoxels * static_cast<std::size_t>(block.voxelSize));
   });
 }
 
