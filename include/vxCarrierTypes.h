@@ -33,7 +33,7 @@ VX_C_API void _VXTypeError(const char* function, const char* reason);
 /// assignment stays as it is. Copies of a carrier copy its bytes. A carrier may be used where its slot doesn't change,
 /// from any thread.
 template <unsigned int size, int id>
-class VXTCarrierType {
+class VX_EXPORT VXTCarrierType {
   static constexpr bool _isPair() {
 #define VX_IS_CARRIER_PAIR(bytes, outputId, inputId) (size == (bytes) && (id == (outputId) || id == (inputId))) ||
     return VX_FOR_EACH_CARRIER_SIZE(VX_IS_CARRIER_PAIR) false;

@@ -9,6 +9,7 @@
 #include "vxImagePropertyExtension.h"
 #include "vxMedicalImageProperties.h"
 #include "vxNotify.h"
+#include "vxSubImg.h"
 #include "vxThread.h"
 #include "vxTraceBuffer.h"
 #include "vxTreeNode.h"
@@ -50,6 +51,7 @@ int VXinit() {
              &ImagePropertyExtensionContainer::initClass,
              &ImagePropertyExtension::initClass,
              &MedicalImageProperties::initClass,
+             &SubImg::initClass,
              &TreeNode::initClass,
              &TreeNodeException::initClass,
          }) {

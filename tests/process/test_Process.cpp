@@ -111,6 +111,7 @@ TEST(Start, TheClassesOfTheLibraryStandInTheOrderOfTheStartUpAndBelongToIt) {
                            "ImagePropertyExtensionContainer(Base,VX) ",
                            "ImagePropertyExtension(Base,VX) ",
                            "MedicalImageProperties(ImageProperties,VX) ",
+                           "SubImg(ImageProperties,VX) ",
                            "TreeNode(No parent,VX) ",
                            "TreeNodeException(No parent,VX) "};
   std::size_t place = 0;

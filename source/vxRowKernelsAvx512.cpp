@@ -1,0 +1,105 @@
+// The loops over runs of voxels for processors with AVX-512.
+
+#include "vxTypes.h"
+
+#include <immintrin.h>
+
+namespace vx {
+namespace {
+
+constexpr int vectorBytes = 64;
+constexpr bool canStream = true;
+
+/// Writes 64 aligned bytes past the caches.
+inline void streamLine(const unsigned char* from, unsigned char* to) {
+  _mm512_stream_si512(reinterpret_cast<__m512i*>(to), _mm512_load_si512(from));
+}
+
+inline void finishStreaming() { _mm_sfence(); }
+
+inline __m128i load128(const unsigned char* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+inline __m128i load64(const unsigned char* p) { return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)); }
+inline __m256i load256(const unsigned char* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
+inline void store64(unsigned char* p, __m128i v) { _mm_storel_epi64(reinterpret_cast<__m128i*>(p), v); }
+inline void store128(unsigned char* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
+inline void store256(unsigned char* p, __m256i v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
+
+/// Eight voxels as double. The last argument of load() and store() is only the type of the voxels.
+struct Lanes {
+  static constexpr int size = 8;
+  __m512d v;
+
+  static Lanes all(double value) { return {_mm512_set1_pd(value)}; }
+  Lanes times(Lanes other) const { return {_mm512_mul_pd(v, other.v)}; }
+
+  /// Adds by v * 1 + other, which has the same bits: the units that multiply are free when those that add convert.
+  Lanes plus(Lanes other) const { return {_mm512_fmadd_pd(v, opaqueOne(), other.v)}; }
+
+  /// 1, but compilers don't know.
+  static __m512d opaqueOne() {
+    __m512d one = _mm512_set1_pd(1);
+    asm("" : "+v"(one));
+    return one;
+  }
+
+  static Lanes load(const unsigned char* p, VXint8) { return {_mm512_cvtepi32_pd(_mm256_cvtepi8_epi32(load64(p)))}; }
+  static Lanes load(const unsigned char* p, VXuint8) { return {_mm512_cvtepi32_pd(_mm256_cvtepu8_epi32(load64(p)))}; }
+  static Lanes load(const unsigned char* p, VXint16) { return {_mm512_cvtepi32_pd(_mm256_cvtepi16_epi32(load128(p)))}; }
+  static Lanes load(const unsigned char* p, VXuint16) {
+    return {_mm512_cvtepi32_pd(_mm256_cvtepu16_epi32(load128(p)))};
+  }
+  static Lanes load(const unsigned char* p, VXint32) { return {_mm512_cvtepi32_pd(load256(p))}; }
+  static Lanes load(const unsigned char* p, VXuint32) { return {_mm512_cvtepu32_pd(load256(p))}; }
+  static Lanes load(const unsigned char* p, VXint64) { return {_mm512_cvtepi64_pd(_mm512_loadu_si512(p))}; }
+  static Lanes load(const unsigned char* p, VXfloat) { return {_mm512_cvtps_pd(_mm256_castsi256_ps(load256(p)))}; }
+  static Lanes load(const unsigned char* p, VXdouble) { return {_mm512_loadu_pd(p)}; }
+
+  // What doesn't fit the integers of the processor's conversions becomes their minimum, as it must.
+  __m256i as32Bits() const { return _mm512_cvttpd_epi32(v); }
+  __m512i as64Bits() const { return _mm512_cvttpd_epi64(v); }
+
+  void store(unsigned char* p, VXint8) const { store64(p, _mm256_cvtepi32_epi8(as32Bits())); }
+  void store(unsigned char* p, VXuint8) const { store64(p, _mm256_cvtepi32_epi8(as32Bits())); }
+  void store(unsigned char* p, VXint16) const { store128(p, _mm256_cvtepi32_epi16(as32Bits())); }
+  void store(unsigned char* p, VXuint16) const { store128(p, _mm256_cvtepi32_epi16(as32Bits())); }
+  void store(unsigned char* p, VXint32) const { store256(p, as32Bits()); }
+  void store(unsigned char* p, VXuint32) const { store256(p, _mm512_cvtepi64_epi32(as64Bits())); }
+  void store(unsigned char* p, VXint64) const { _mm512_storeu_si512(p, as64Bits()); }
+  void store(unsigned char* p, VXfloat) const { store256(p, _mm256_castps_si256(_mm512_cvtpd_ps(v))); }
+  void store(unsigned char* p, VXdouble) const { _mm512_storeu_pd(p, v); }
+};
+
+/// Sixteen voxels as float.
+struct FloatLanes {
+  static constexpr int size = 16;
+  static constexpr bool has64Bits = true;
+  __m512 v;
+
+  static FloatLanes load(const unsigned char* p) { return {_mm512_loadu_ps(p)}; }
+
+  __m512i as32Bits() const { return _mm512_cvttps_epi32(v); }
+
+  void store(unsigned char* p, VXint8) const { store128(p, _mm512_cvtepi32_epi8(as32Bits())); }
+  void store(unsigned char* p, VXuint8) const { store128(p, _mm512_cvtepi32_epi8(as32Bits())); }
+  void store(unsigned char* p, VXint16) const { store256(p, _mm512_cvtepi32_epi16(as32Bits())); }
+  void store(unsigned char* p, VXuint16) const { store256(p, _mm512_cvtepi32_epi16(as32Bits())); }
+  void store(unsigned char* p, VXint32) const { _mm512_storeu_si512(p, as32Bits()); }
+
+  __m512i lowAs64Bits() const { return _mm512_cvttps_epi64(_mm512_castps512_ps256(v)); }
+  __m512i highAs64Bits() const { return _mm512_cvttps_epi64(_mm512_extractf32x8_ps(v, 1)); }
+
+  void store(unsigned char* p, VXuint32) const {
+    store256(p, _mm512_cvtepi64_epi32(lowAs64Bits()));
+    store256(p + 32, _mm512_cvtepi64_epi32(highAs64Bits()));
+  }
+  void store(unsigned char* p, VXint64) const {
+    _mm512_storeu_si512(p, lowAs64Bits());
+    _mm512_storeu_si512(p + 64, highAs64Bits());
+  }
+};
+
+}  // namespace
+}  // namespace vx
+
+#define VX_ROW_KERNELS_TABLE rowKernelsAvx512
+#include "vxRowKernelsImpl.h"
