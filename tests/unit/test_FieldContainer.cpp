@@ -97,7 +97,7 @@ TEST_F(FieldContainerTest, ANullFieldIsRefused) {
 
 // Adds a field of each kind, with a variable and with an own value, and looks at what came out.
 template <class FieldClass, class Value>
-void expectAdded(OpenContainer& container, FieldClass* (FieldContainer::*add)(const char*, Value*),
+void expectAdded(OpenContainer& container, FieldClass* (FieldContainer::*add)(const FieldName&, Value*),
                  Value variable = {}) {
   const std::string className(FieldClass::getClassTypeId()->getName());
   for (const bool isReferenced : {true, false}) {
@@ -116,7 +116,7 @@ void expectAdded(OpenContainer& container, FieldClass* (FieldContainer::*add)(co
 }
 
 template <class FieldClass>
-void expectAdded(OpenContainer& container, FieldClass* (FieldContainer::*add)(const char*)) {
+void expectAdded(OpenContainer& container, FieldClass* (FieldContainer::*add)(const FieldName&)) {
   const unsigned int size = container.getSize();
   FieldClass* const field = (container.*add)("name");
   ASSERT_NE(field, nullptr);
@@ -163,6 +163,16 @@ TEST_F(FieldContainerTest, AReferencedVariableKeepsItsValueAndFollowsTheField) {
   container.setValue("n", "18");
   EXPECT_EQ(variable, 18);
   container.removeField(field);
+}
+
+TEST_F(FieldContainerTest, NamesAreCTextsOrStrings) {
+  const std::string name = "n";
+  VXint64 variable = 17;
+  EXPECT_EQ(container.addInt(name + "1", &variable)->getName(), "n1");
+  EXPECT_EQ(container.addString(name)->getName(), "n");
+  EXPECT_EQ(container.addEnum(name + "2", {"a", "b"})->getName(), "n2");
+  EXPECT_EQ(container.addNotify("n3")->getName(), "n3");
+  EXPECT_EQ(container.addUniversalType(nullptr)->getName(), "");
 }
 
 TEST_F(FieldContainerTest, ChoicesComeFromTextsOrPlainTexts) {
