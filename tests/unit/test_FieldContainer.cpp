@@ -34,7 +34,7 @@ class OpenContainer : public FieldContainer {
 class MortalField : public StringField {
  public:
   MortalField(const std::string& name, Log& log) : StringField(name), _log(log) {}
-  ~MortalField() override { _log.push_back("~" + getName()); }
+  ~MortalField() override { _log.push_back("~" + getName() + (_sensors.empty() ? "" : " with a sensor")); }
 
  private:
   Log& _log;
@@ -271,6 +271,14 @@ TEST_F(FieldContainerTest, AClassThatIsNoFieldGivesWayToTheFieldOfThatName) {
   EXPECT_EQ(field->getTypeId(), BaseField::getClassTypeId());
 }
 
+TEST_F(FieldContainerTest, AClassOfTheExactNameGoesBeforeOneWithFieldAtItsEnd) {
+  ASSERT_NE(Runtime::initType(nullptr, "Field", nullptr, "IntFieldField", &StringField::createCB), nullptr);
+  Field* const field = container.addField("a", "IntField", "5", false);
+  Runtime::destroyType("IntFieldField");
+  ASSERT_NE(field, nullptr);
+  EXPECT_EQ(field->getTypeId(), IntField::getClassTypeId());
+}
+
 TEST_F(FieldContainerTest, ATextThatNamesNoFieldClassIsRefused) {
   constexpr char label[] = "FieldContainer::addField(const char*, const char*, const char*, bool)";
   EXPECT_EQ(container.addField("a", "Nonsense", "", true), nullptr);
@@ -468,7 +476,7 @@ TEST_F(FieldContainerTest, TheEndDeletesTheFieldsInOrder) {
         other.addOutputConnector(op, 0)->getOutputConnectorValue());
     heard.clear();
   }
-  EXPECT_EQ(log, (Log{"~a", "~b", "~c"}));
+  EXPECT_EQ(log, (Log{"~a with a sensor", "~b with a sensor", "~c with a sensor"}));
   EXPECT_EQ(heard, Log{}) << "nobody is notified";
   EXPECT_EQ(messages.take(), Messages{});
 }

@@ -327,6 +327,8 @@ TEST(FieldsValuesTest, ColorsArePackedWithFullAlpha) {
   EXPECT_EQ(field.getPackedColorValue(), 0xffff7f00U);
   field.setVec3fValue(Tvec3<double>(std::nan(""), std::numeric_limits<double>::infinity(), 0.999));
   EXPECT_EQ(field.getPackedColorValue(), 0xffffff00U);
+  field.setVec3fValue(Tvec3<double>(255 / 256.0, 0.9965, 1.5 / 255.999));
+  EXPECT_EQ(field.getPackedColorValue(), 0xff01fffeU) << "truncated multiples of 1 / 255.999";
   float r = 0, g = 0, b = 0;
   field.setColorValue(0.1F, 0.2F, 0.3F);
   field.getColorValue(r, g, b);
