@@ -425,6 +425,25 @@ TEST_F(FieldContainerTest, AStreamShowsAFieldALine) {
 
 // Attachments, removal, end -------------------------------------------------------------------------------------------
 
+// Names what it is told.
+class ToldField : public StringField {
+ public:
+  ToldField(const std::string& name, Log& log) : StringField(name), _log(log) {}
+  void activateAttachments() override { _log.push_back("+" + getName()); }
+  void deactivateAttachments() override { _log.push_back("-" + getName()); }
+
+ private:
+  Log& _log;
+};
+
+TEST_F(FieldContainerTest, FieldsAreSilencedAndWokenInOrder) {
+  Log log;
+  for (const char* name : {"a", "b"}) container.addField(new ToldField(name, log), false);
+  container.deactivateAttachments();
+  container.activateAttachments();
+  EXPECT_EQ(log, (Log{"-a", "-b", "+a", "+b"}));
+}
+
 TEST_F(FieldContainerTest, AllFieldsAreSilencedAndWokenTogether) {
   container.addString("a");
   container.addString("b");
