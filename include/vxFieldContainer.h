@@ -15,6 +15,21 @@ namespace vx {
 
 class BaseOp;
 
+/// The name of a field that is to be made, as a C text or a string. Null counts as empty.
+class FieldName {
+ public:
+  /// \param name text, which is copied; may be null. \throw std::bad_alloc without memory.
+  FieldName(const char* name) : _text(name ? name : "") {}
+  /// \param name text, which is copied. \throw std::bad_alloc without memory.
+  FieldName(const std::string& name) : _text(name) {}
+
+  /// \return the text, which lives as long as this object.
+  const std::string& getText() const noexcept { return _text; }
+
+ private:
+  std::string _text;
+};
+
 /// Makes and owns the fields of a module in an order, gives each a sensor that reports to the module, and finds them by
 /// name or index.
 ///
@@ -67,35 +82,39 @@ class VX_EXPORT FieldContainer {
   // variable of the caller's, which must outlive the field; with null the field owns its value. A field that can't be
   // made is reported as fatal and then as addField() does with null; the result is then null.
 
-  BoolField* addBool(const char* name, bool* value = nullptr);           ///< Appends a truth value.
-  IntField* addInt(const char* name, VXint64* value = nullptr);          ///< Appends an integer.
-  ToggleField* addToggle(const char* name, int* value = nullptr);        ///< Appends a switch.
-  FloatField* addFloat(const char* name, float* value = nullptr);        ///< Appends a number of single precision.
-  ProgressField* addProgress(const char* name, float* value = nullptr);  ///< Appends a progress from 0 to 1.
-  DoubleField* addDouble(const char* name, double* value = nullptr);     ///< Appends a number of double precision.
-  LongDoubleField* addLongDouble(const char* name);                      ///< Appends a number of extended precision.
-  StringField* addString(const char* name);                              ///< Appends a text.
-  NotifyField* addNotify(const char* name);                              ///< Appends a trigger without a value.
-  PointerField* addPointer(const char* name);                            ///< Appends an untyped pointer.
-  BaseField* addBase(const char* name, Base** value = nullptr);          ///< Appends a pointer to an object.
-  SoNodeField* addSoNode(const char* name, SoNode** value = nullptr);    ///< Appends a pointer to a scene node.
-  DicomTagListField* addDicomTagList(const char* name, DicomTagList** value = nullptr);  ///< Appends a tag list.
+  BoolField* addBool(const FieldName& name, bool* value = nullptr);           ///< Appends a truth value.
+  IntField* addInt(const FieldName& name, VXint64* value = nullptr);          ///< Appends an integer.
+  ToggleField* addToggle(const FieldName& name, int* value = nullptr);        ///< Appends a switch.
+  FloatField* addFloat(const FieldName& name, float* value = nullptr);        ///< Appends a number of single precision.
+  ProgressField* addProgress(const FieldName& name, float* value = nullptr);  ///< Appends a progress from 0 to 1.
+  DoubleField* addDouble(const FieldName& name, double* value = nullptr);     ///< Appends a number of double precision.
+  LongDoubleField* addLongDouble(const FieldName& name);                    ///< Appends a number of extended precision.
+  StringField* addString(const FieldName& name);                            ///< Appends a text.
+  NotifyField* addNotify(const FieldName& name);                            ///< Appends a trigger without a value.
+  PointerField* addPointer(const FieldName& name);                          ///< Appends an untyped pointer.
+  BaseField* addBase(const FieldName& name, Base** value = nullptr);        ///< Appends a pointer to an object.
+  SoNodeField* addSoNode(const FieldName& name, SoNode** value = nullptr);  ///< Appends a pointer to a scene node.
+  DicomTagListField* addDicomTagList(const FieldName& name, DicomTagList** value = nullptr);  ///< Appends a tag list.
   /// Appends a choice that owns its value. \param items texts of the items, copied.
-  EnumField* addEnum(const char* name, const std::vector<std::string>& items);
+  EnumField* addEnum(const FieldName& name, const std::vector<std::string>& items);
   /// Appends a choice. \param items texts of the items, copied. \param numItems their number; one that the field can't
   /// take makes it fail. \param value index of the current item.
-  EnumField* addEnum(const char* name, const char* const* items, VXint64 numItems, int* value = nullptr);
-  Vec2fField* addVec2f(const char* name, Tvec2<double>* value = nullptr);    ///< Appends a vector of two components.
-  Vec3fField* addVec3f(const char* name, Tvec3<double>* value = nullptr);    ///< Appends a vector of three components.
-  Vec4fField* addVec4f(const char* name, Tvec4<double>* value = nullptr);    ///< Appends a vector of four components.
-  Vec6fField* addVec6f(const char* name, Tvec6<double>* value = nullptr);    ///< Appends a vector of six components.
-  ColorField* addColor(const char* name, Tvec3<double>* value = nullptr);    ///< Appends red, green and blue, 0 to 1.
-  MatrixField* addMatrix(const char* name, Tmat4<double>* value = nullptr);  ///< Appends a 4 by 4 matrix.
-  VectorField* addVector(const char* name, TVector<VXint64>* value = nullptr);           ///< Appends a voxel position.
-  SubImgBoxField* addSubImgBox(const char* name, TSubImgBox<VXint64>* value = nullptr);  ///< Appends a box of voxels.
-  SubImgBoxfField* addSubImgBoxf(const char* name, SubImgBoxf* value = nullptr);         ///< Appends a box in space.
-  VXDataTypeField* addVXDataType(const char* name, int* value = nullptr);                ///< Appends a voxel type.
-  UniversalTypeField* addUniversalType(const char* name);  ///< Appends a voxel value of a type to be set, now -1.
+  EnumField* addEnum(const FieldName& name, const char* const* items, VXint64 numItems, int* value = nullptr);
+  Vec2fField* addVec2f(const FieldName& name, Tvec2<double>* value = nullptr);  ///< Appends a vector of two components.
+  Vec3fField* addVec3f(const FieldName& name,
+                       Tvec3<double>* value = nullptr);  ///< Appends a vector of three components.
+  Vec4fField* addVec4f(const FieldName& name,
+                       Tvec4<double>* value = nullptr);  ///< Appends a vector of four components.
+  Vec6fField* addVec6f(const FieldName& name, Tvec6<double>* value = nullptr);  ///< Appends a vector of six components.
+  ColorField* addColor(const FieldName& name,
+                       Tvec3<double>* value = nullptr);  ///< Appends red, green and blue, 0 to 1.
+  MatrixField* addMatrix(const FieldName& name, Tmat4<double>* value = nullptr);     ///< Appends a 4 by 4 matrix.
+  VectorField* addVector(const FieldName& name, TVector<VXint64>* value = nullptr);  ///< Appends a voxel position.
+  SubImgBoxField* addSubImgBox(const FieldName& name,
+                               TSubImgBox<VXint64>* value = nullptr);                  ///< Appends a box of voxels.
+  SubImgBoxfField* addSubImgBoxf(const FieldName& name, SubImgBoxf* value = nullptr);  ///< Appends a box in space.
+  VXDataTypeField* addVXDataType(const FieldName& name, int* value = nullptr);         ///< Appends a voxel type.
+  UniversalTypeField* addUniversalType(const FieldName& name);  ///< Appends a voxel value of a type to be set, now -1.
 
   /// Appends an image input of a module. It counts among the fields and among the inputs.
   /// \param op the module. \param index number of the input, not tested, and independent of its position.

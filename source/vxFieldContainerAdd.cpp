@@ -15,9 +15,9 @@ std::string textOf(const char* text) { return text ? text : ""; }
 
 // Makes a field of a class; null after a fatal report.
 template <class FieldClass, class... Value>
-std::unique_ptr<FieldClass> makeField(const char* name, Value&&... value) {
+std::unique_ptr<FieldClass> makeField(const FieldName& name, Value&&... value) {
   return std::unique_ptr<FieldClass>(
-      guardedNew<FieldClass>(SourcePosition(), textOf(name), std::forward<Value>(value)...));
+      guardedNew<FieldClass>(SourcePosition(), name.getText(), std::forward<Value>(value)...));
 }
 
 // Hands a field over to a container, which refuses a null one.
@@ -101,12 +101,12 @@ Field* FieldContainer::addField(const char* name, const char* type, const char* 
 // One function for each class of field whose constructor takes the name and what stands here ------------------------
 
 #define VX_DEFINE_ADD(NAME, CLASS, VALUE)                                             \
-  CLASS* FieldContainer::add##NAME(const char* name, VALUE value) {                   \
+  CLASS* FieldContainer::add##NAME(const FieldName& name, VALUE value) {              \
     const TraceFrame trace("source/vxFieldContainer:FieldContainer::add" #NAME "()"); \
     return addOwned(*this, makeField<CLASS>(name, value));                            \
   }
 #define VX_DEFINE_ADD_BY_NAME(NAME, CLASS, ...)                                       \
-  CLASS* FieldContainer::add##NAME(const char* name) {                                \
+  CLASS* FieldContainer::add##NAME(const FieldName& name) {                           \
     const TraceFrame trace("source/vxFieldContainer:FieldContainer::add" #NAME "()"); \
     return addOwned(*this, makeField<CLASS>(name __VA_OPT__(, ) __VA_ARGS__));        \
   }
@@ -140,7 +140,7 @@ VX_DEFINE_ADD_BY_NAME(UniversalType, UniversalTypeField, -1)
 #undef VX_DEFINE_ADD
 #undef VX_DEFINE_ADD_BY_NAME
 
-EnumField* FieldContainer::addEnum(const char* name, const char* const* items, VXint64 numItems, int* value) {
+EnumField* FieldContainer::addEnum(const FieldName& name, const char* const* items, VXint64 numItems, int* value) {
   const TraceFrame trace("source/vxFieldContainer:FieldContainer::addEnum()");
   // A number out of range becomes one that the field refuses, instead of being cut to one that it takes.
   constexpr VXint64 tooMany = std::numeric_limits<unsigned int>::max();

@@ -34,7 +34,7 @@ class OpenContainer : public FieldContainer {
 class MortalField : public StringField {
  public:
   MortalField(const std::string& name, Log& log) : StringField(name), _log(log) {}
-  ~MortalField() override { _log.push_back("~" + getName()); }
+  ~MortalField() override { _log.push_back("~" + getName() + (_sensors.empty() ? "" : " with a sensor")); }
 
  private:
   Log& _log;
@@ -97,7 +97,7 @@ TEST_F(FieldContainerTest, ANullFieldIsRefused) {
 
 // Adds a field of each kind, with a variable and with an own value, and looks at what came out.
 template <class FieldClass, class Value>
-void expectAdded(OpenContainer& container, FieldClass* (FieldContainer::*add)(const char*, Value*),
+void expectAdded(OpenContainer& container, FieldClass* (FieldContainer::*add)(const FieldName&, Value*),
                  Value variable = {}) {
   const std::string className(FieldClass::getClassTypeId()->getName());
   for (const bool isReferenced : {true, false}) {
@@ -116,7 +116,7 @@ void expectAdded(OpenContainer& container, FieldClass* (FieldContainer::*add)(co
 }
 
 template <class FieldClass>
-void expectAdded(OpenContainer& container, FieldClass* (FieldContainer::*add)(const char*)) {
+void expectAdded(OpenContainer& container, FieldClass* (FieldContainer::*add)(const FieldName&)) {
   const unsigned int size = container.getSize();
   FieldClass* const field = (container.*add)("name");
   ASSERT_NE(field, nullptr);
@@ -163,6 +163,16 @@ TEST_F(FieldContainerTest, AReferencedVariableKeepsItsValueAndFollowsTheField) {
   container.setValue("n", "18");
   EXPECT_EQ(variable, 18);
   container.removeField(field);
+}
+
+TEST_F(FieldContainerTest, NamesAreCTextsOrStrings) {
+  const std::string name = "n";
+  VXint64 variable = 17;
+  EXPECT_EQ(container.addInt(name + "1", &variable)->getName(), "n1");
+  EXPECT_EQ(container.addString(name)->getName(), "n");
+  EXPECT_EQ(container.addEnum(name + "2", {"a", "b"})->getName(), "n2");
+  EXPECT_EQ(container.addNotify("n3")->getName(), "n3");
+  EXPECT_EQ(container.addUniversalType(nullptr)->getName(), "");
 }
 
 TEST_F(FieldContainerTest, ChoicesComeFromTextsOrPlainTexts) {
@@ -259,6 +269,14 @@ TEST_F(FieldContainerTest, AClassThatIsNoFieldGivesWayToTheFieldOfThatName) {
   Field* const field = container.addField("a", "Base", "0", false);
   ASSERT_NE(field, nullptr);
   EXPECT_EQ(field->getTypeId(), BaseField::getClassTypeId());
+}
+
+TEST_F(FieldContainerTest, AClassOfTheExactNameGoesBeforeOneWithFieldAtItsEnd) {
+  ASSERT_NE(Runtime::initType(nullptr, "Field", nullptr, "IntFieldField", &StringField::createCB), nullptr);
+  Field* const field = container.addField("a", "IntField", "5", false);
+  Runtime::destroyType("IntFieldField");
+  ASSERT_NE(field, nullptr);
+  EXPECT_EQ(field->getTypeId(), IntField::getClassTypeId());
 }
 
 TEST_F(FieldContainerTest, ATextThatNamesNoFieldClassIsRefused) {
@@ -407,6 +425,25 @@ TEST_F(FieldContainerTest, AStreamShowsAFieldALine) {
 
 // Attachments, removal, end -------------------------------------------------------------------------------------------
 
+// Names what it is told.
+class ToldField : public StringField {
+ public:
+  ToldField(const std::string& name, Log& log) : StringField(name), _log(log) {}
+  void activateAttachments() override { _log.push_back("+" + getName()); }
+  void deactivateAttachments() override { _log.push_back("-" + getName()); }
+
+ private:
+  Log& _log;
+};
+
+TEST_F(FieldContainerTest, FieldsAreSilencedAndWokenInOrder) {
+  Log log;
+  for (const char* name : {"a", "b"}) container.addField(new ToldField(name, log), false);
+  container.deactivateAttachments();
+  container.activateAttachments();
+  EXPECT_EQ(log, (Log{"-a", "-b", "+a", "+b"}));
+}
+
 TEST_F(FieldContainerTest, AllFieldsAreSilencedAndWokenTogether) {
   container.addString("a");
   container.addString("b");
@@ -458,7 +495,7 @@ TEST_F(FieldContainerTest, TheEndDeletesTheFieldsInOrder) {
         other.addOutputConnector(op, 0)->getOutputConnectorValue());
     heard.clear();
   }
-  EXPECT_EQ(log, (Log{"~a", "~b", "~c"}));
+  EXPECT_EQ(log, (Log{"~a with a sensor", "~b with a sensor", "~c with a sensor"}));
   EXPECT_EQ(heard, Log{}) << "nobody is notified";
   EXPECT_EQ(messages.take(), Messages{});
 }

@@ -79,6 +79,8 @@ TEST_F(ConnectorFieldsTest, WeakTouchLeavesTheImageAndTellsDownstreamInFull) {
   EXPECT_EQ(takeLog(), "clear 1 ");
   EXPECT_EQ(outputListener.take(), Strengths{2});
   EXPECT_EQ(inputListener.take(), Strengths{2});
+  output.notifyAttachments(FieldSensor::VX_NO_NOTIFICATION);
+  EXPECT_EQ(takeLog(), "clear 1 ") << "any strength but the weak one";
 }
 
 TEST_F(ConnectorFieldsTest, InvalidatesBeforeAnybodyHearsAndAlsoWhenSwitchedOff) {

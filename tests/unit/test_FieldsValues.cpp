@@ -294,6 +294,28 @@ TEST(FieldsValuesTest, ProgressDropsSmallStepsButForTheEnds) {
   EXPECT_EQ(listener.take(), Strengths{2});
 }
 
+TEST(FieldsValuesTest, ProgressTakesTheEndsFromAStepOfOneEpsilon) {
+  constexpr float eps = 1.1920929e-07F;
+  float value = 1 - eps;
+  ProgressField field("f", &value);
+  FieldListener listener(field);
+  field.setFloatValue(1.0F);
+  EXPECT_EQ(value, 1.0F) << "a step of eps";
+  EXPECT_EQ(listener.take(), Strengths{2});
+  field.setFloatValue(1 - eps / 2);
+  EXPECT_EQ(value, 1.0F) << "a smaller one";
+  value = 0.99F;
+  field.setFloatValue(1 - eps / 2);
+  EXPECT_EQ(value, 1 - eps / 2) << "an end within eps of 1";
+  value = 0.01F;
+  field.setFloatValue(-eps / 2);
+  EXPECT_EQ(value, -eps / 2) << "an end within eps of 0";
+  value = 0.01F;
+  field.setFloatValue(3 * eps);
+  EXPECT_EQ(value, 0.01F) << "no end";
+  EXPECT_EQ(listener.take(), (Strengths{2, 2}));
+}
+
 TEST(FieldsValuesTest, ColorsArePackedWithFullAlpha) {
   ColorField field("f");
   field.setColorValue(1, 0, 0);
@@ -305,6 +327,8 @@ TEST(FieldsValuesTest, ColorsArePackedWithFullAlpha) {
   EXPECT_EQ(field.getPackedColorValue(), 0xffff7f00U);
   field.setVec3fValue(Tvec3<double>(std::nan(""), std::numeric_limits<double>::infinity(), 0.999));
   EXPECT_EQ(field.getPackedColorValue(), 0xffffff00U);
+  field.setVec3fValue(Tvec3<double>(255 / 256.0, 0.9965, 1.5 / 255.999));
+  EXPECT_EQ(field.getPackedColorValue(), 0xff01fffeU) << "truncated multiples of 1 / 255.999";
   float r = 0, g = 0, b = 0;
   field.setColorValue(0.1F, 0.2F, 0.3F);
   field.getColorValue(r, g, b);
