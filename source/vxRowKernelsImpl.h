@@ -177,7 +177,7 @@ inline __attribute__((always_inline)) void convertStreaming(const void* in, std:
 template <class Out, class In>
 void convertRun(const void* in, void* out, std::size_t n) {
   if constexpr (std::is_same_v<Out, In>) {
-    std::memmove(out, in, n * sizeof(Out));
+    if (n != 0) std::memmove(out, in, n * sizeof(Out));
   } else if (canStream && n >= streamingBytes / sizeof(Out)) {
     convertStreaming(in, sizeof(In), out, sizeof(Out), n, &convertInCache<Out, In>);
   } else {
@@ -188,6 +188,13 @@ void convertRun(const void* in, void* out, std::size_t n) {
 template <class Bits>
 void fillRun(void* out, std::size_t n, const void* value);
 
+/// Narrow voxels take longer to compute than to store, unless they are looked up: past the caches they only wait.
+template <class Out, class In>
+bool isMappedFasterThanMemory() {
+  if (sizeof(In) + sizeof(Out) > 6) return true;
+  return sizeof(In) == 1 && std::is_integral_v<Out> && sizeof(Out) <= 2 && canLookUp();
+}
+
 template <class Out, class In>
 void convertScaledRun(const void* in, void* out, std::size_t n, double scale, double shift) {
   if (scale != scale || shift != shift) {
@@ -196,7 +203,7 @@ void convertScaledRun(const void* in, void* out, std::size_t n, double scale, do
     Out voxel;
     convertInCache<Out, double>(&result, &voxel, 1);
     fillRun<BitsOfSize<sizeof(Out)>>(out, n, &voxel);
-  } else if (canStream && n >= streamingBytes / sizeof(Out)) {
+  } else if (canStream && isMappedFasterThanMemory<Out, In>() && n >= streamingBytes / sizeof(Out)) {
     convertStreaming(in, sizeof(In), out, sizeof(Out), n, [=](const void* from, void* to, std::size_t count) {
       convertScaledInCache<Out, In>(from, to, count, scale, shift);
     });
