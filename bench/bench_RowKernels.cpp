@@ -53,7 +53,7 @@ constexpr void (*setValuesOf[])(void*, std::size_t) = {
 
 /// How long to measure: turns of all loops, and calls a turn.
 struct Effort {
-  explicit Effort(std::size_t n) : turns(n > pageVoxels ? 5 : 60), calls(n > pageVoxels ? 1 : 8) {}
+  explicit Effort(std::size_t n) : turns(n > pageVoxels ? 7 : 60), calls(n > pageVoxels ? 1 : 8) {}
   int turns;
   int calls;
 };

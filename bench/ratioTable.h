@@ -5,15 +5,14 @@
 #define VX_RATIO_TABLE_H
 
 #include <benchmark/benchmark.h>
-#include <chrono>
 #include <functional>
 #include <string>
 #include <vector>
 
 namespace vx::bench {
 
-/// Best times of some pieces of work, in seconds a call. They take turns, so that all see the same machine.
-/// \param calls calls that are timed together, chosen so that a turn takes long against the clock's step.
+/// Best times of some pieces of work, in seconds of processor time a call. They take turns, so that all see the same
+/// machine. \param calls calls that are timed together, chosen so that a turn takes long against the clock's step.
 std::vector<double> bestTimes(const std::vector<std::function<void()>>& works, int turns, int calls);
 
 /// Ratios limit / measured by title, output type and input type, gathered over a run; 1 is as fast as the limit.

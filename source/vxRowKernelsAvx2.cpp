@@ -2,6 +2,7 @@
 
 #include "vxTypes.h"
 
+#include <cstddef>
 #include <immintrin.h>
 
 namespace vx {
@@ -144,6 +145,11 @@ struct FloatLanes {
     store32Bits(p, _mm256_cvttps_epi32(v), type);
   }
 };
+
+// There are no lookups in vectors.
+inline bool canLookUp() { return false; }
+template <class Result>
+void lookUp(const Result*, const unsigned char*, unsigned char*, std::size_t) {}
 
 }  // namespace
 }  // namespace vx

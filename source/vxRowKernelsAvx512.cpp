@@ -2,6 +2,7 @@
 
 #include "vxTypes.h"
 
+#include <cstddef>
 #include <immintrin.h>
 
 namespace vx {
@@ -97,6 +98,58 @@ struct FloatLanes {
     _mm512_storeu_si512(p + 64, highAs64Bits());
   }
 };
+
+// Tables of 256 results, for processors that permute bytes: bits 0 to 6 of a voxel choose in each half of the table,
+// and bit 7 chooses the half.
+
+inline bool canLookUp() { return __builtin_cpu_supports("avx512vbmi"); }
+
+/// A table of bytes.
+struct ByteTable {
+  __m512i quarters[4];
+
+  explicit ByteTable(const unsigned char* bytes) {
+    for (int i = 0; i < 4; ++i) quarters[i] = _mm512_loadu_si512(bytes + 64 * i);
+  }
+  __attribute__((target("avx512vbmi"))) __m512i at(__m512i voxels) const {
+    const __m512i low = _mm512_permutex2var_epi8(quarters[0], voxels, quarters[1]);
+    const __m512i high = _mm512_permutex2var_epi8(quarters[2], voxels, quarters[3]);
+    return _mm512_mask_blend_epi8(_mm512_movepi8_mask(voxels), low, high);
+  }
+};
+
+/// Replaces each byte of a run by its result in the table. The run may be the result's.
+__attribute__((target("avx512vbmi"))) void lookUp(const VXuint8* results, const unsigned char* in, unsigned char* out,
+                                                  std::size_t n) {
+  const ByteTable table(results);
+  std::size_t i = 0;
+  for (; n - i >= 64; i += 64) _mm512_storeu_si512(out + i, table.at(_mm512_loadu_si512(in + i)));
+  for (; i < n; ++i) out[i] = results[in[i]];
+}
+
+/// The same for results of 16 bits, whose bytes have a table each.
+__attribute__((target("avx512vbmi"))) void lookUp(const VXuint16* results, const unsigned char* in, unsigned char* out,
+                                                  std::size_t n) {
+  unsigned char lowBytes[256];
+  unsigned char highBytes[256];
+  for (int i = 0; i < 256; ++i) {
+    lowBytes[i] = static_cast<unsigned char>(results[i]);
+    highBytes[i] = static_cast<unsigned char>(results[i] >> 8);
+  }
+  const ByteTable lowTable(lowBytes);
+  const ByteTable highTable(highBytes);
+  // Bytes are put side by side within 128 bits: the first half of the run goes to the low halves of these.
+  const __m512i order = _mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7);
+  std::size_t i = 0;
+  for (; n - i >= 64; i += 64) {
+    const __m512i voxels = _mm512_permutexvar_epi64(order, _mm512_loadu_si512(in + i));
+    const __m512i low = lowTable.at(voxels);
+    const __m512i high = highTable.at(voxels);
+    _mm512_storeu_si512(out + 2 * i, _mm512_unpacklo_epi8(low, high));
+    _mm512_storeu_si512(out + 2 * i + 64, _mm512_unpackhi_epi8(low, high));
+  }
+  for (; i < n; ++i) __builtin_memcpy(out + 2 * i, results + in[i], 2);
+}
 
 }  // namespace
 }  // namespace vx

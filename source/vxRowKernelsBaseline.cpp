@@ -2,6 +2,8 @@
 
 #include "vxTypes.h"
 
+#include <cstddef>
+
 #if defined(__SSE2__) && defined(__x86_64__)
 #define VX_HAS_SSE2 1
 #include <emmintrin.h>
@@ -100,6 +102,11 @@ struct PlainLanes {
 
 using Lanes = PlainLanes<VXdouble>;
 using FloatLanes = PlainLanes<VXfloat>;
+
+// There are no lookups in vectors.
+inline bool canLookUp() { return false; }
+template <class Result>
+void lookUp(const Result*, const unsigned char*, unsigned char*, std::size_t) {}
 
 }  // namespace
 }  // namespace vx

@@ -37,6 +37,12 @@ Voxel<T>* voxels(void* run) {
 
 using Byte = unsigned char;
 
+/// An unsigned integer of the size of a voxel.
+template <std::size_t size>
+using BitsOfSize =
+    std::conditional_t<size == 1, VXuint8,
+                       std::conditional_t<size == 2, VXuint16, std::conditional_t<size == 4, VXuint32, VXuint64>>>;
+
 // Conversion ---------------------------------------------------------------------------------------------------------
 
 /// Works on a run in groups as wide as a type of lanes; the last group is completed in a buffer.
@@ -105,10 +111,28 @@ template <class Out, class In>
 
 /// No promise is made to the compiler that the runs don't overlap: one run may be mapped in place.
 template <class Out, class In>
-[[gnu::noinline]] void convertScaledInCache(const void* in, void* out, std::size_t n, double scale, double shift) {
+[[gnu::noinline]] void mapInCache(const void* in, void* out, std::size_t n, double scale, double shift) {
   const Lanes scales = Lanes::all(scale);
   const Lanes shifts = Lanes::all(shift);
   convertInLanes<Out, In>(in, out, n, [=](Lanes lanes) { return lanes.times(scales).plus(shifts); });
+}
+
+/// Runs of 8-bit voxels from this size on are mapped by a table of all results, where the processor has such lookups.
+constexpr std::size_t lookUpLength = 1024;
+
+template <class Out, class In>
+void convertScaledInCache(const void* in, void* out, std::size_t n, double scale, double shift) {
+  if constexpr (sizeof(In) == 1 && std::is_integral_v<Out> && sizeof(Out) <= 2) {
+    if (n >= lookUpLength && canLookUp()) {
+      Byte allVoxels[256];
+      for (int i = 0; i < 256; ++i) allVoxels[i] = static_cast<Byte>(i);
+      BitsOfSize<sizeof(Out)> results[256];
+      mapInCache<Out, In>(allVoxels, results, 256, scale, shift);
+      lookUp(results, static_cast<const Byte*>(in), static_cast<Byte*>(out), n);
+      return;
+    }
+  }
+  mapInCache<Out, In>(in, out, n, scale, shift);
 }
 
 // Results that exceed the caches -------------------------------------------------------------------------------------
@@ -153,7 +177,7 @@ inline __attribute__((always_inline)) void convertStreaming(const void* in, std:
 template <class Out, class In>
 void convertRun(const void* in, void* out, std::size_t n) {
   if constexpr (std::is_same_v<Out, In>) {
-    std::memmove(out, in, n * sizeof(Out));
+    if (n != 0) std::memmove(out, in, n * sizeof(Out));
   } else if (canStream && n >= streamingBytes / sizeof(Out)) {
     convertStreaming(in, sizeof(In), out, sizeof(Out), n, &convertInCache<Out, In>);
   } else {
@@ -164,11 +188,12 @@ void convertRun(const void* in, void* out, std::size_t n) {
 template <class Bits>
 void fillRun(void* out, std::size_t n, const void* value);
 
-/// An unsigned integer of the size of a voxel.
-template <std::size_t size>
-using BitsOfSize =
-    std::conditional_t<size == 1, VXuint8,
-                       std::conditional_t<size == 2, VXuint16, std::conditional_t<size == 4, VXuint32, VXuint64>>>;
+/// Narrow voxels take longer to compute than to store, unless they are looked up: past the caches they only wait.
+template <class Out, class In>
+bool isMappedFasterThanMemory() {
+  if (sizeof(In) + sizeof(Out) > 6) return true;
+  return sizeof(In) == 1 && std::is_integral_v<Out> && sizeof(Out) <= 2 && canLookUp();
+}
 
 template <class Out, class In>
 void convertScaledRun(const void* in, void* out, std::size_t n, double scale, double shift) {
@@ -178,7 +203,7 @@ void convertScaledRun(const void* in, void* out, std::size_t n, double scale, do
     Out voxel;
     convertInCache<Out, double>(&result, &voxel, 1);
     fillRun<BitsOfSize<sizeof(Out)>>(out, n, &voxel);
-  } else if (canStream && n >= streamingBytes / sizeof(Out)) {
+  } else if (canStream && isMappedFasterThanMemory<Out, In>() && n >= streamingBytes / sizeof(Out)) {
     convertStreaming(in, sizeof(In), out, sizeof(Out), n, [=](const void* from, void* to, std::size_t count) {
       convertScaledInCache<Out, In>(from, to, count, scale, shift);
     });
