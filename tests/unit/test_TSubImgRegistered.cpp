@@ -64,7 +64,7 @@ class RegisteredSubImgTest : public ::testing::Test {
     ASSERT_TRUE(registerTestTypes());
     ASSERT_GE(doubledType(), 10);
   }
-  void SetUp() override { std::memcpy(before.data(), VXTypeInfosTable, before.size()); }
+  void SetUp() override { rememberSlots(); }
   void TearDown() override {
     EXPECT_EQ(recorder.take(), none);
     EXPECT_EQ(std::memcmp(before.data(), VXTypeInfosTable, before.size()), 0) << "the slots are as they were";
@@ -75,6 +75,7 @@ class RegisteredSubImgTest : public ::testing::Test {
     int i = 0;
     forEachPosition(block.img.getBox(), [&](const Position& p) { infos.castFromInt(i++, block.at(p)); });
   }
+  void rememberSlots() { std::memcpy(before.data(), VXTypeInfosTable, before.size()); }
   static std::string nameOf(VXDataType type) { return VXNameFromDataType(type); }
 
   std::vector<unsigned char> before = std::vector<unsigned char>(sizeof VXTypeInfosTable);
@@ -325,6 +326,13 @@ TEST_F(RegisteredSubImgTest, WorkersShareATypeInItsSlot) {
   for (std::thread& worker : workers) worker.join();
   _VXSetMultithreadingActive(0);
   EXPECT_EQ(numFailures, 0);
+  // A type stays in its slot if the last worker to leave had found it there. Nothing else may stand in a slot.
+  for (VXint32 slot = 0; slot < VX_NUM_TYPE_SLOTS; ++slot) {
+    const VXDataType held = VXTypeInfosTable[slot].dataType;
+    const VXDataType heldBefore = reinterpret_cast<const VXTypeInfos*>(before.data())[slot].dataType;
+    EXPECT_TRUE(held == heldBefore || held == complexType() || held == vector3Type()) << "slot " << slot;
+  }
+  rememberSlots();
 }
 
 TEST_F(RegisteredSubImgTest, PrintsTheTextOfEachVoxel) {
