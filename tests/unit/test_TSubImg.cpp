@@ -81,6 +81,8 @@ TEST_F(TSubImgTest, ViewsTheVoxelsOfABlock) {
   EXPECT_EQ(view._originData, &voxels[110] + 1 - 2 * 5);
   view.setBox(line(4, 7));
   EXPECT_EQ(view._originData, &voxels[106]);
+  view.setImgExt(Position(2, 0, 1, 1, 1, 1));
+  EXPECT_EQ(view._originData, &voxels[106] + 2) << "from the lower corner, y = -1, of a box turned round";
 }
 
 TEST_F(TSubImgTest, ReportsATypeThatDoesNotFit) {
