@@ -439,6 +439,13 @@ TEST_F(SubImgTest, AnEmptyBlockWithoutDataCantBeFilled) {
   EXPECT_EQ(recorder.take().size(), 1U);
 }
 
+TEST_F(SubImgTest, ANegativeNumberOfVoxelsFillsNothing) {
+  TestBlock block(smallBox, VXint32Type), expected(smallBox, VXint32Type);
+  SubImg negative(boxAt(Position(0), Position(-1, 4, 2, 1, 1, 1)), VXint32Type, block.img.getData());
+  negative.fillSubImg(7);
+  EXPECT_TRUE(block.bytes() == expected.bytes());
+}
+
 // Text --------------------------------------------------------------------------------------------------------------
 
 TEST_F(SubImgTest, PrintsBoxTypeAndVoxels) {
