@@ -50,6 +50,9 @@ class VX_EXPORT TSubImg : public SubImg {
   TSubImg& operator=(const TSubImg& other) = default;
   ~TSubImg() override;
 
+  /// \copydoc SubImg::setImgExt()
+  void setImgExt(const TVector<VXint64>& imgExt) override;
+
   /// Stores the pointer to the first voxel and what follows from it. \param data may be null.
   void setData(void* data) override;
 

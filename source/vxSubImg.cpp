@@ -18,7 +18,8 @@ SubImg::SubImg() : _stride(1, 0, 0, 0, 0, 0), _dataTypeSize(1) {}
 
 SubImg::SubImg(const SubImgBox& box, VXDataType dataType, void* data) : _data(data), _dataTypeSize(VXSizeOf(dataType)) {
   _dataType = dataType;
-  SubImg::setBox(box);
+  _position = box.v1;
+  SubImg::setImgExt(box.v2 - box.v1 + TVector<VXint64>(1));
 }
 
 SubImg::~SubImg() = default;
@@ -26,8 +27,6 @@ SubImg::~SubImg() = default;
 void SubImg::setImgExt(const TVector<VXint64>& imgExt) {
   _imgExt = imgExt;
   _stride = _imgExt.getStrides();
-  // What a typed view keeps beside the pointer follows from the box.
-  setData(_data);
 }
 
 void SubImg::setDataType(int dataType) {
@@ -40,12 +39,12 @@ void SubImg::setData(void* data) { _data = data; }
 void SubImg::setImgProps(const ImageProperties& other) {
   ImageProperties::setImgProps(other);
   _dataTypeSize = VXSizeOf(_dataType);
-  SubImg::setImgExt(other.getImgExt());
+  setImgExt(other.getImgExt());
 }
 
 void SubImg::setBox(const SubImgBox& box) {
   _position = box.v1;
-  SubImg::setImgExt(box.v2 - box.v1 + TVector<VXint64>(1));
+  setImgExt(box.v2 - box.v1 + TVector<VXint64>(1));
 }
 
 void SubImg::allocate(VXMemoryErrorHandling handling) {

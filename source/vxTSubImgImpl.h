@@ -51,6 +51,13 @@ template <class T>
 TSubImg<T>::~TSubImg() = default;
 
 template <class T>
+void TSubImg<T>::setImgExt(const TVector<VXint64>& imgExt) {
+  SubImg::setImgExt(imgExt);
+  // The origin follows from the box.
+  TSubImg::setData(_data);
+}
+
+template <class T>
 void TSubImg<T>::setData(void* data) {
   _data = data;
   _typedData = static_cast<Voxel*>(data);

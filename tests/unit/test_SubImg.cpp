@@ -144,7 +144,6 @@ TEST_F(SubImgTest, IsARunTimeTypedClassBelowTheImageProperties) {
 
 TEST_F(SubImgTest, AllocatesAndFreesThroughSetData) {
   DataProbe block(smallBox, VXint32Type);
-  block.numCalls = 0;
   block.allocate(VX_RETURN_NULL);
   EXPECT_EQ(block.numCalls, 1);
   ASSERT_NE(block._data, nullptr);
@@ -155,6 +154,18 @@ TEST_F(SubImgTest, AllocatesAndFreesThroughSetData) {
   block.free();
   EXPECT_EQ(block.numCalls, 3);
   EXPECT_EQ(block._data, nullptr);
+}
+
+TEST_F(SubImgTest, KeepsItsDataWhereOnlyBoxOrTypeChange) {
+  int memory = 0;
+  DataProbe block(smallBox, VXint32Type, &memory);
+  block.setBox(boxAt(Position(2), Position(3)));
+  block.setImgExt(Position(1));
+  block.setDataType(VXint16Type);
+  block.setImgProps(ImageProperties(Position(2), VXint8Type, 0, 1));
+  EXPECT_EQ(block.numCalls, 0) << "an override of setData() is told of new data only";
+  EXPECT_EQ(block._data, &memory);
+  EXPECT_EQ(block.getBox(), boxAt(Position(2), Position(2)));
 }
 
 TEST_F(SubImgTest, AllocatesNoBytesForAnEmptyBox) {
@@ -426,6 +437,13 @@ TEST_F(SubImgTest, AnEmptyBlockWithoutDataCantBeFilled) {
   SubImg block;
   EXPECT_THROW(block.fillSubImg(1), int);
   EXPECT_EQ(recorder.take().size(), 1U);
+}
+
+TEST_F(SubImgTest, ANegativeNumberOfVoxelsFillsNothing) {
+  TestBlock block(smallBox, VXint32Type), expected(smallBox, VXint32Type);
+  SubImg negative(boxAt(Position(0), Position(-1, 4, 2, 1, 1, 1)), VXint32Type, block.img.getData());
+  negative.fillSubImg(7);
+  EXPECT_TRUE(block.bytes() == expected.bytes());
 }
 
 // Text --------------------------------------------------------------------------------------------------------------

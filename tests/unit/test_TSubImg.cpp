@@ -64,6 +64,13 @@ TEST_F(TSubImgTest, ByDefaultIsEmpty) {
   EXPECT_EQ(view._cursor, nullptr);
 }
 
+TEST_F(TSubImgTest, MembersLieInTheirOrder) {
+  const Probe<VXint32> view;
+  const std::vector<const void*> members = {&view._sizeOfT, &view._typedData, &view._originData, &view._cursor};
+  for (std::size_t i = 1; i < members.size(); ++i) EXPECT_LT(members[i - 1], members[i]) << i;
+  EXPECT_EQ(sizeof view._sizeOfT, 8U);
+}
+
 TEST_F(TSubImgTest, ViewsTheVoxelsOfABlock) {
   std::vector<VXint32> voxels(200);
   const SubImg block(SubImgBox(Position(-1, 2, 0, 0, 0, 0), Position(3, 5, 1, 1, 1, 0)), VXint32Type, &voxels[100]);
@@ -81,6 +88,8 @@ TEST_F(TSubImgTest, ViewsTheVoxelsOfABlock) {
   EXPECT_EQ(view._originData, &voxels[110] + 1 - 2 * 5);
   view.setBox(line(4, 7));
   EXPECT_EQ(view._originData, &voxels[106]);
+  view.setImgExt(Position(2, 0, 1, 1, 1, 1));
+  EXPECT_EQ(view._originData, &voxels[106] + 2) << "from the lower corner, y = -1, of a box turned round";
 }
 
 TEST_F(TSubImgTest, ReportsATypeThatDoesNotFit) {
@@ -238,6 +247,20 @@ TEST_F(TSubImgTest, AnEmptyHoleLeavesNoVoxel) {
   Line<VXint16> block({1, 2, 3}, VXint16Type);
   block.view.fillBordersWithFillValue(SubImgBox(), 9);
   EXPECT_EQ(block.voxels, (std::vector<VXint16>{9, 9, 9}));
+}
+
+TEST_F(TSubImgTest, TheCursorStaysWhereBordersEnded) {
+  std::vector<VXint16> voxels = {1, 2, 3};
+  Probe<VXint16> view(SubImg(line(0, 2), VXint16Type, voxels.data()));
+  view.fillBordersWithFillValue(line(0, 2), 9);
+  EXPECT_EQ(view._cursor, voxels.data()) << "nothing was written";
+  view.fillBordersWithFillValue(line(1, 2), 9);
+  EXPECT_EQ(view._cursor, voxels.data() + 1);
+  view.fillBordersWithInputValues(line(0, 1), TSubImg<VXint16>(view));
+  EXPECT_EQ(view._cursor, voxels.data() + 3);
+  view.setData(voxels.data());
+  view.fillBordersWithClampedInputValues(line(1, 1));
+  EXPECT_EQ(view._cursor, voxels.data() + 3);
 }
 
 TEST_F(TSubImgTest, ALineWithoutMemoryIsAnException) {

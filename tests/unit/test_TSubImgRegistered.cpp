@@ -307,6 +307,64 @@ TEST_F(RegisteredSubImgTest, TypedViewsBringTheirTypesIntoTheSlots) {
   });
 }
 
+TEST_F(RegisteredSubImgTest, AViewReportsACarrierThatDoesNotFit) {
+  const TestBlock block(outBox, complexType());
+  const TSubImg<VXTCarrierType<8, 11>> output(block.img);
+  const TSubImg<VXTCarrierType<8, 31>> input(block.img);
+  EXPECT_EQ(recorder.take(), none);
+  const std::vector<Message> mismatch({{VX_FATAL, VX_BAD_DATA_TYPE, "TSubImg::TSubImg()",
+                                        "Mismatch of data type between argument and template typename."}});
+  const TSubImg<VXTCarrierType<12, 12>> wideOutput(block.img);
+  EXPECT_EQ(recorder.take(), mismatch);
+  const TSubImg<VXTCarrierType<4, 30>> narrowInput(block.img);
+  EXPECT_EQ(recorder.take(), mismatch);
+  const TSubImg<VXint64> number(block.img);
+  EXPECT_EQ(recorder.take(), mismatch);
+  const TSubImg<VXint64> invalid(SubImg(outBox, -1, block.img.getData()));
+  EXPECT_EQ(recorder.take(), mismatch);
+}
+
+TEST_F(RegisteredSubImgTest, AnInvalidInputTypeLeavesBlockAndSlotsAsTheyWere) {
+  TestBlock out(outBox, complexType()), expected(outBox, complexType());
+  const SubImg in(inBox, -1, out.img.getData());
+  const char* const reason = "Type case not executed, case type -1 does not exist.";
+  out.img.copySubImage(in, ScaleShiftData(2, 1));
+  EXPECT_EQ(recorder.take(), std::vector<Message>({{VX_FATAL, VX_BAD_DATA_TYPE, "_copySubImage##DTYPE", reason}}));
+  out.img.fillBordersWithInputValues(SubImgBox(), in);
+  EXPECT_EQ(recorder.take(), std::vector<Message>({{VX_FATAL, VX_BAD_DATA_TYPE, "_fillBWIV##ODTYPE", reason}}));
+  expectSame(out, expected);
+}
+
+// A registered type may be stored as a standard one; its slot of the input side has no loops.
+TEST_F(RegisteredSubImgTest, ATypeStoredAsAStandardOneIsWrittenButNotReadAsInput) {
+  static VXTypeInfos infos = *VXGetTypeInfosForDataType(VXint16Type);
+  infos.name = "test int16";
+  infos.dataType = -1;
+  ASSERT_EQ(VXRegisterTypeInfos(&infos), 1);
+  const VXDataType type = infos.dataType;
+  ASSERT_GE(type, 10);
+
+  TestBlock block(outBox, type);
+  block.img.fillSubImg(-3.9);
+  forEachPosition(outBox, [&](const Position& p) { ASSERT_EQ(block.get<VXint16>(p), -3); });
+  EXPECT_TRUE(block.img.isOneValued());
+  VXldouble minValue = 0, maxValue = 0;
+  EXPECT_EQ(block.img.calcMinMax(minValue, maxValue, nullptr), outBox.getNumVoxels());
+  EXPECT_EQ(minValue, -3);
+  TestBlock numbers(outBox, VXfloatType);
+  numbers.img.fillSubImg(8);
+  block.img.copySubImage(numbers.img, ScaleShiftData(2, 1));
+  EXPECT_EQ(block.get<VXint16>(outBox.v2), 17);
+  EXPECT_EQ(recorder.take(), none);
+
+  const char* const reason = "Type case not executed, case type 22 does not exist.";
+  numbers.img.copySubImage(block.img, ScaleShiftData());
+  EXPECT_EQ(recorder.take(), std::vector<Message>({{VX_FATAL, VX_BAD_DATA_TYPE, "_copySubImage##DTYPE", reason}}));
+  numbers.img.fillBordersWithInputValues(SubImgBox(), block.img);
+  EXPECT_EQ(recorder.take(), std::vector<Message>({{VX_FATAL, VX_BAD_DATA_TYPE, "_fillBWIV##ODTYPE", reason}}));
+  EXPECT_EQ(numbers.get<float>(outBox.v2), 8);
+}
+
 TEST_F(RegisteredSubImgTest, WorkersShareATypeInItsSlot) {
   TestBlock in(inBox, complexType()), expected(outBox, vector3Type());
   number(in);
