@@ -31,9 +31,8 @@ class UnloadingScope {
 
 VXErrorCode VXLoadLibraryWOErrorExt(const char* name, void** handle) {
   const vx::TraceFrame trace("source/vxAPI:VXLoadLibraryWOErrorExt()");
-  if (vx::isEmptyText(name)) {
-    vx::report(VX_ERROR, "vxAPI: VXLoadLibraryWOError", VX_BAD_PARAMETER,
-               "Invalid name passed. Returning VX_BAD_PARAMETER.");
+  if (!vx::checkArgument(!vx::isEmptyText(name), "vxAPI: VXLoadLibraryWOError",
+                         "Invalid name passed. Returning VX_BAD_PARAMETER.")) {
     return VX_BAD_PARAMETER;
   }
   vx::Runtime::setRecentlyLoadedDllName(name);
@@ -50,8 +49,7 @@ VXErrorCode VXLoadLibraryWOError(const char* name) {
 
 int VXLoadLibrary(const char* name) {
   const vx::TraceFrame trace("source/vxAPI:VXLoadLibrary()");
-  if (vx::isEmptyText(name)) {
-    vx::report(VX_ERROR, "vxAPI: VXLoadLibrary", VX_BAD_PARAMETER, "Invalid name passed. Returning 0(=false).");
+  if (!vx::checkArgument(!vx::isEmptyText(name), "vxAPI: VXLoadLibrary", "Invalid name passed. Returning 0(=false).")) {
     return 0;
   }
   const VXErrorCode code = VXLoadLibraryWOErrorExt(name, nullptr);
@@ -65,9 +63,8 @@ int VXLoadLibrary(const char* name) {
 
 VXErrorCode VXUnLoadLibrary(const char* name, void* handle, char** errorText, int force) {
   const vx::TraceFrame trace("source/vxAPI:VXUnLoadLibrary()");
-  if (vx::isEmptyText(name)) {
-    vx::report(VX_ERROR, "vxAPI: VXUnLoadLibrary", VX_BAD_PARAMETER,
-               "Invalid name passed. Returning VX_BAD_PARAMETER.");
+  if (!vx::checkArgument(!vx::isEmptyText(name), "vxAPI: VXUnLoadLibrary",
+                         "Invalid name passed. Returning VX_BAD_PARAMETER.")) {
     return VX_BAD_PARAMETER;
   }
   const long long numInstances = vx::Runtime::getNumInstancesDependentOnDll(name);
@@ -91,9 +88,8 @@ VXErrorCode VXUnLoadLibrary(const char* name, void* handle, char** errorText, in
 int VXIsCurrentlyUnloadingLibrary(void) { return _vxIsUnloadingLibrary.load(); }
 
 VXErrorCode VXSetUnloadLibraryState(int state) {
-  if (state != 0 && state != 1) {
-    vx::report(VX_ERROR, "vxAPI: VXSetUnloadLibraryState", VX_BAD_PARAMETER,
-               "Invalid parameter value passed, leaving state unchanged.");
+  if (!vx::checkArgument(state == 0 || state == 1, "vxAPI: VXSetUnloadLibraryState",
+                         "Invalid parameter value passed, leaving state unchanged.")) {
     return VX_BAD_PARAMETER;
   }
   unloadLibraryState.store(state);
