@@ -215,8 +215,8 @@ class VX_EXPORT Host {
   std::atomic<VXuint32> _processingActive{0};
   Cache _cache;
 
-  // Guards the counters of the runs whose chunks are being calculated; changes that others wait for are signalled. It is
-  // taken before the mutex of the table of voxel types and that of the cache, and never while one of these is held.
+  // Guards the counters of the runs whose chunks are being calculated; changes that others wait for are signalled. It
+  // is taken before the mutex of the table of voxel types and that of the cache, and never while one of these is held.
   Mutex _threadStateMutex;
   std::condition_variable_any _threadStateChanged;
 

@@ -22,8 +22,8 @@ class ChunkCounters {
  public:
   /// Where threads wait for each other.
   struct Barrier {
-    VXint32 numArrived = -1;     ///< Who has arrived since the last opening; -1 while nobody has.
-    VXuint32 numOpenings = 0;    ///< Wraps.
+    VXint32 numArrived = -1;   ///< Who has arrived since the last opening; -1 while nobody has.
+    VXuint32 numOpenings = 0;  ///< Wraps.
   };
 
   /// \param numChunks one worker is to be waited for each; 0 if no thread is started at all.
@@ -99,13 +99,13 @@ class ChunkCounters {
     return before || after;
   }
 
-  VXint32 _numThreadsToWaitFor;        // chunks that are calculated by a worker
-  VXint32 _numStartedThreads = 0;      // workers that were started
-  VXint32 _numActiveThreads = 0;       // workers between their start and their end
-  VXint32 _numFinishedThreads = 0;     // workers that have ended
-  VXint32 _numThreadErrors = 0;        // failures in this run
-  bool _serializeInputCopies;          // input copies must not run in parallel
-  bool _isRequesterInRounds = false;   // whether the barriers wait for the requesting thread too
+  VXint32 _numThreadsToWaitFor;       // chunks that are calculated by a worker
+  VXint32 _numStartedThreads = 0;     // workers that were started
+  VXint32 _numActiveThreads = 0;      // workers between their start and their end
+  VXint32 _numFinishedThreads = 0;    // workers that have ended
+  VXint32 _numThreadErrors = 0;       // failures in this run
+  bool _serializeInputCopies;         // input copies must not run in parallel
+  bool _isRequesterInRounds = false;  // whether the barriers wait for the requesting thread too
   Barrier _barrierBeforeCopy;
   Barrier _barrierAfterCopy;
 };

@@ -93,7 +93,7 @@ class ChunkRun {
 
   Mutex& _mutex;
   std::condition_variable_any& _changed;
-  VXint32& _numErrors;       // used by the requesting thread
+  VXint32& _numErrors;  // used by the requesting thread
   const bool _isThreaded;
   const bool _isSerialized;
   ChunkCounters _counters VX_GUARDED_BY(_mutex);

@@ -23,8 +23,9 @@ constexpr std::size_t usualStackDepth = 10;
 
 VX_CLASS_SOURCE(Host, "NULL")
 
-Host* Host::_defaultHost = nullptr;
-std::vector<Host*> Host::_defaultHostStack;
+// Used at the load of the library, before objects with constructors are made.
+constinit Host* Host::_defaultHost = nullptr;
+constinit std::vector<Host*> Host::_defaultHostStack;
 
 Host::Host() : _levels(std::make_unique<RequestLevels>()) {}
 

@@ -76,9 +76,10 @@ int checkBypass(const BaseOp& op, VXint64 outIndex, PagedImg& img) {
               in->getImgExt() == img.getImgExt())) {
     return VX_RESULT_OK;
   }
-  return refuseBypass(op, img, "Module uses bypassing mode incorrectly.",
-                      "Host::_updateImageProps() has detected that bypass mode was used incorrectly in combination with "
-                      "type, page or image extent changes. The output image has been invalidated.");
+  return refuseBypass(
+      op, img, "Module uses bypassing mode incorrectly.",
+      "Host::_updateImageProps() has detected that bypass mode was used incorrectly in combination with "
+      "type, page or image extent changes. The output image has been invalidated.");
 }
 
 bool hasOperations(VXDataType dataType, const VXTypePropBits& required) {

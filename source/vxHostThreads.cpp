@@ -95,7 +95,8 @@ class Chunk {
   void _copyInput(ThreadDataClass& record, const InputPageData& input, std::size_t inIndex) {
     SubImg& block = record._inSubImgs[inIndex];
     void* data = nullptr;
-    if (!_buffers.provide(inIndex, record._inputData.size(), numBytesOrTooMany(input._dataType, block.getBox()), data)) {
+    if (!_buffers.provide(inIndex, record._inputData.size(), numBytesOrTooMany(input._dataType, block.getBox()),
+                          data)) {
       _fail(record, VX_NO_MEMORY);
       return;
     }

@@ -6,8 +6,8 @@
 #include "vxDataTypes.h"
 #include "vxGuards.h"
 #include "vxHost.h"
-#include "vxPagedImg.h"
 #include "vxPageBytes.h"
+#include "vxPagedImg.h"
 #include "vxProcessingGuards.h"
 #include "vxRequestLevels.h"
 #include "vxTraceBuffer.h"
@@ -37,7 +37,8 @@ const std::vector<VXint64>& groupOf(const std::vector<VXint64>& ids, std::size_t
                                     std::vector<VXint64>& memory) {
   if (groupSize == ids.size()) return ids;
   const auto begin = ids.begin() + static_cast<std::ptrdiff_t>(first);
-  withMemory([&] { memory.assign(begin, begin + static_cast<std::ptrdiff_t>(std::min(groupSize, ids.size() - first))); });
+  withMemory(
+      [&] { memory.assign(begin, begin + static_cast<std::ptrdiff_t>(std::min(groupSize, ids.size() - first))); });
   return memory;
 }
 
@@ -141,17 +142,16 @@ int Host::_getTileCore(BaseOp& op, VXint64 outIndex, const SubImgBox& box, int d
   PagedImg* const outImg = op.getOutImg(outIndex);
   if (!outImg) return VX_UNKNOWN_EXCEPTION;
   int result = VX_RESULT_OK;
-  guardProcessing(
-      [&] { result = _processPagesHelper(op, outIndex, box, dataType, data, scaleShift, false, *outImg); },
-      [&](int code) {
-        reportThrownCode(code, "Host::_getTileCore( ) on module ", op);
-        result = failureCode(code);
-      },
-      [&] {
-        reportUnknownException(VX_UNINITIALIZED_RESULT, "Returning uninitialized memory.", "Module ", op,
-                               " called by Host::_getTileCore()");
-        result = VX_UNINITIALIZED_RESULT;
-      });
+  guardProcessing([&] { result = _processPagesHelper(op, outIndex, box, dataType, data, scaleShift, false, *outImg); },
+                  [&](int code) {
+                    reportThrownCode(code, "Host::_getTileCore( ) on module ", op);
+                    result = failureCode(code);
+                  },
+                  [&] {
+                    reportUnknownException(VX_UNINITIALIZED_RESULT, "Returning uninitialized memory.", "Module ", op,
+                                           " called by Host::_getTileCore()");
+                    result = VX_UNINITIALIZED_RESULT;
+                  });
   return result;
 }
 

@@ -14,13 +14,16 @@ namespace vx {
 constexpr VXuint64 tooManyBytes = ~VXuint64{0};
 
 /// \return the box from the origin with an extent.
-inline SubImgBox boxOfExt(const TVector<VXint64>& ext) { return SubImgBox(TVector<VXint64>(), ext - TVector<VXint64>(1)); }
+inline SubImgBox boxOfExt(const TVector<VXint64>& ext) {
+  return SubImgBox(TVector<VXint64>(), ext - TVector<VXint64>(1));
+}
 
 /// \return the bytes of the voxels in a box, 0 for an empty one; #tooManyBytes if they don't fit 64 bits.
 inline VXuint64 numBytesOrTooMany(VXDataType dataType, const SubImgBox& box) {
   VXuint64 numVoxels = 0;
   VXuint64 numBytes = 0;
-  if (!box.getNumVoxelsChecked(numVoxels) || !multiplySizes(numVoxels, VXSizeOf(dataType), numBytes)) return tooManyBytes;
+  if (!box.getNumVoxelsChecked(numVoxels) || !multiplySizes(numVoxels, VXSizeOf(dataType), numBytes))
+    return tooManyBytes;
   return numBytes;
 }
 

@@ -8,18 +8,19 @@ namespace {
 
 // Held for the length of a request from inside a calculation on several threads. No other lock of the library is held
 // when it is taken.
-Mutex nestedRequestMutex;
+constinit Mutex nestedRequestMutex;
 
 thread_local bool isInsideThreads = false;
 
 }  // namespace
 
 void reportThrownCode(int code, const char* place, const BaseOp& op, SourcePosition position) {
-  withComposedLabel([&] { return place + op.whoAmI(true); }, position.file, position.line, [&](const CallLabel& label) {
-    report(VX_ERROR, label, code,
-           "Controlled but still undesired exception caught - continuing operation. "
-           "Some processed image data may be invalid");
-  });
+  withComposedLabel([&] { return place + op.whoAmI(true); }, position.file, position.line,
+                    [&](const CallLabel& label) {
+                      report(VX_ERROR, label, code,
+                             "Controlled but still undesired exception caught - continuing operation. "
+                             "Some processed image data may be invalid");
+                    });
 }
 
 void reportUnknownException(VXErrorCode code, const char* reason, const char* before, const BaseOp& op,

@@ -44,7 +44,8 @@ void reportThrownCode(int code, const char* place, const BaseOp& op, SourcePosit
 void reportUnknownException(VXErrorCode code, const char* reason, const char* before, const BaseOp& op,
                             const char* after, SourcePosition position = SourcePosition());
 
-/// Runs something that allocates for the engine itself. \throw int ::VX_NO_MEMORY, after a fatal report, without memory.
+/// Runs something that allocates for the engine itself. \throw int ::VX_NO_MEMORY, after a fatal report, without
+/// memory.
 template <class Body>
 decltype(auto) withMemory(Body&& body, SourcePosition position = SourcePosition()) {
   try {

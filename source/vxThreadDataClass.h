@@ -20,13 +20,13 @@ class PagedImg;
 /// What one page needs from one input.
 struct InputPageData {
   PagedImg* _inImg = nullptr;
-  bool _inTileCaching = false;      // the input is served through the memory image of its image
-  ScaleShiftData _scaleShiftData;   // wanted by the module
-  bool _useMemoryImg = false;       // the memory image already holds exactly the region
-  bool _useInplace = false;         // the region is delivered in the memory of the output page
-  VXDataType _dataType = -1;        // wanted by the module
-  std::vector<VXint64> _pageIDs;    // pages of the input, locked for this page
-  bool _copyInThread = false;       // the copy into the input block is left to the worker
+  bool _inTileCaching = false;     // the input is served through the memory image of its image
+  ScaleShiftData _scaleShiftData;  // wanted by the module
+  bool _useMemoryImg = false;      // the memory image already holds exactly the region
+  bool _useInplace = false;        // the region is delivered in the memory of the output page
+  VXDataType _dataType = -1;       // wanted by the module
+  std::vector<VXint64> _pageIDs;   // pages of the input, locked for this page
+  bool _copyInThread = false;      // the copy into the input block is left to the worker
 };
 
 /// All that is needed to calculate one page, from the request of its inputs to the call of the module.
@@ -37,7 +37,8 @@ class ThreadDataClass {
  public:
   ThreadDataClass() = default;
   /// See assign().
-  ThreadDataClass(BaseOp* op, PagedImg* outImg, VXint64 outIndex, SubImg* outSubImg, CachedBuffer* outPage, Host* host) {
+  ThreadDataClass(BaseOp* op, PagedImg* outImg, VXint64 outIndex, SubImg* outSubImg, CachedBuffer* outPage,
+                  Host* host) {
     assign(op, outImg, outIndex, outSubImg, outPage, host);
   }
 
@@ -49,8 +50,8 @@ class ThreadDataClass {
 
   BaseOp* _op = nullptr;
   PagedImg* _outImg = nullptr;
-  VXint64 _outIndex = -1;           // -1 where pages are walked through without output
-  SubImg* _outSubImg = nullptr;     // describes the output page
+  VXint64 _outIndex = -1;        // -1 where pages are walked through without output
+  SubImg* _outSubImg = nullptr;  // describes the output page
   CachedBuffer* _outPage = nullptr;
   Host* _host = nullptr;
   VXint64 _numInputs = 0;

@@ -18,11 +18,11 @@ enum class PageFailure { none, codeAtCopy, leavesAtCopy, codeAtCalculation, leav
 
 /// One run to be tried in all orders.
 struct ModelRun {
-  std::vector<int> numPages;           ///< Pages of each chunk.
-  std::vector<bool> isThreadMissing;   ///< Chunks whose thread can't be started.
-  bool serializeInputCopies = false;   ///< Whether copies take place in rounds.
-  int failingChunk = -1;               ///< The chunk with a failure, -1 for none.
-  int failingPage = 0;                 ///< Its page.
+  std::vector<int> numPages;          ///< Pages of each chunk.
+  std::vector<bool> isThreadMissing;  ///< Chunks whose thread can't be started.
+  bool serializeInputCopies = false;  ///< Whether copies take place in rounds.
+  int failingChunk = -1;              ///< The chunk with a failure, -1 for none.
+  int failingPage = 0;                ///< Its page.
   PageFailure failure = PageFailure::none;
 
   friend std::ostream& operator<<(std::ostream& stream, const ModelRun& run) {
@@ -37,8 +37,8 @@ struct ModelRun {
 
 /// The outcome of all orders.
 struct ModelResult {
-  std::string violation;   ///< What went wrong in one of them, and the order of steps; empty if nothing did.
-  long numStates = 0;      ///< States that were reached.
+  std::string violation;  ///< What went wrong in one of them, and the order of steps; empty if nothing did.
+  long numStates = 0;     ///< States that were reached.
 };
 
 /// Tries all orders of the steps of one run. \tparam Counters the counters, or a faulty variant of them.
@@ -60,26 +60,42 @@ class ChunkMachineModel {
 
   // Where an actor stands: what it does in its next step.
   enum class Place : signed char {
-    unstarted, begin, arriveBefore, waitBefore, leaveBefore, copyBegin, copyEnd, arriveAfter, waitAfter, leaveAfter,
-    calcBegin, calcEnd, end, done,                      // of all who calculate
-    start, allStarted, nextChunk, waitForEnd, release   // of the requesting thread
+    unstarted,
+    begin,
+    arriveBefore,
+    waitBefore,
+    leaveBefore,
+    copyBegin,
+    copyEnd,
+    arriveAfter,
+    waitAfter,
+    leaveAfter,
+    calcBegin,
+    calcEnd,
+    end,
+    done,  // of all who calculate
+    start,
+    allStarted,
+    nextChunk,
+    waitForEnd,
+    release  // of the requesting thread
   };
 
   struct Actor {
     Place place = Place::done;
     signed char page = 0;
-    signed char chunk = 0;        // of the requesting thread: the next one to be started or to be calculated
-    bool hasFailed = false;       // the chunk ends after this page
+    signed char chunk = 0;   // of the requesting thread: the next one to be started or to be calculated
+    bool hasFailed = false;  // the chunk ends after this page
     bool isAsleep = false;
     bool isCopying = false;
     bool isCalculating = false;
-    VXuint32 numOpenings = 0;     // of the barrier, before the arrival
+    VXuint32 numOpenings = 0;  // of the barrier, before the arrival
   };
 
   struct State {
     explicit State(const Counters& c) : counters(c) {}
     Counters counters;
-    Actor actors[_maxActors];     // the workers, and the requesting thread last
+    Actor actors[_maxActors];  // the workers, and the requesting thread last
     bool isReleased = false;
 
     Actor& requester() { return actors[_maxActors - 1]; }
@@ -87,9 +103,8 @@ class ChunkMachineModel {
     std::string key() const {
       std::string text(reinterpret_cast<const char*>(&counters), sizeof counters);
       for (const Actor& a : actors) {
-        for (const int value : {static_cast<int>(a.place), int{a.page}, int{a.chunk}, int{a.hasFailed},
-                                int{a.isAsleep}, int{a.isCopying}, int{a.isCalculating},
-                                static_cast<int>(a.numOpenings)}) {
+        for (const int value : {static_cast<int>(a.place), int{a.page}, int{a.chunk}, int{a.hasFailed}, int{a.isAsleep},
+                                int{a.isCopying}, int{a.isCalculating}, static_cast<int>(a.numOpenings)}) {
           text += static_cast<char>(value);
         }
       }
@@ -178,13 +193,13 @@ class ChunkMachineModel {
         actor.place = Place::done;
         _checkEnd(state);
         break;
-      default: _violate("the model has lost its way"); break;
+      default:
+        _violate("the model has lost its way");
+        break;
     }
   }
 
-  Place _firstPlaceOfPage() const {
-    return _run.serializeInputCopies ? Place::arriveBefore : Place::copyBegin;
-  }
+  Place _firstPlaceOfPage() const { return _run.serializeInputCopies ? Place::arriveBefore : Place::copyBegin; }
 
   void _stepChunk(State& state, Actor& actor, int index) {
     const bool isRequester = index == _maxActors - 1;
@@ -195,9 +210,15 @@ class ChunkMachineModel {
         state.counters.threadBegins();
         actor.place = _firstPlaceOfPage();
         break;
-      case Place::arriveBefore: _arrive(state, actor, state.counters.beforeCopy(), Place::waitBefore); break;
-      case Place::waitBefore: _wait(actor, state.counters.beforeCopy(), Place::leaveBefore); break;
-      case Place::leaveBefore: _leave(state, actor, state.counters.beforeCopy(), Place::copyBegin); break;
+      case Place::arriveBefore:
+        _arrive(state, actor, state.counters.beforeCopy(), Place::waitBefore);
+        break;
+      case Place::waitBefore:
+        _wait(actor, state.counters.beforeCopy(), Place::leaveBefore);
+        break;
+      case Place::leaveBefore:
+        _leave(state, actor, state.counters.beforeCopy(), Place::copyBegin);
+        break;
       case Place::copyBegin:
         actor.isCopying = true;
         _checkApart(state);
@@ -210,9 +231,15 @@ class ChunkMachineModel {
                       : _run.serializeInputCopies          ? Place::arriveAfter
                                                            : Place::calcBegin;
         break;
-      case Place::arriveAfter: _arrive(state, actor, state.counters.afterCopy(), Place::waitAfter); break;
-      case Place::waitAfter: _wait(actor, state.counters.afterCopy(), Place::leaveAfter); break;
-      case Place::leaveAfter: _leave(state, actor, state.counters.afterCopy(), Place::calcBegin); break;
+      case Place::arriveAfter:
+        _arrive(state, actor, state.counters.afterCopy(), Place::waitAfter);
+        break;
+      case Place::waitAfter:
+        _wait(actor, state.counters.afterCopy(), Place::leaveAfter);
+        break;
+      case Place::leaveAfter:
+        _leave(state, actor, state.counters.afterCopy(), Place::calcBegin);
+        break;
       case Place::calcBegin:
         actor.isCalculating = !actor.hasFailed;
         _checkApart(state);
@@ -233,7 +260,9 @@ class ChunkMachineModel {
           actor.place = Place::done;
         }
         break;
-      default: _violate("the model has lost its way"); break;
+      default:
+        _violate("the model has lost its way");
+        break;
     }
   }
 
