@@ -19,11 +19,11 @@ namespace {
 constexpr std::size_t numDims = Vector::size();
 constexpr VXint64 maxInt64 = std::numeric_limits<VXint64>::max();
 
-constexpr VXint64 minPageVolume = 1024;      // voxels
-constexpr VXint64 smallPageBytes = 32768;    // up to this size pages rather grow than shrink
-constexpr double toleratedWaste = 0.1;       // share of the image
-constexpr VXint64 manyPages = 16777216;      // above this the count is an error
-constexpr VXint64 minPagesPerDoubling = 4;   // a page doubles freely while so many of it fit the image
+constexpr VXint64 minPageVolume = 1024;     // voxels
+constexpr VXint64 smallPageBytes = 32768;   // up to this size pages rather grow than shrink
+constexpr double toleratedWaste = 0.1;      // share of the image
+constexpr VXint64 manyPages = 16777216;     // above this the count is an error
+constexpr VXint64 minPagesPerDoubling = 4;  // a page doubles freely while so many of it fit the image
 constexpr Vector doublingLimits(1024, 1024, 32, 4, 4, 4);
 
 // \param value above 0. \param step above 0. \return the nearest multiple that isn't below the value; the greatest
