@@ -22,8 +22,8 @@ constexpr VXint64 million = VXint64(1) << 20;
 constexpr int uint8Type = 1;
 constexpr int floatType = 4;
 
-static_assert(std::is_same_v<decltype(&BaseOpTools::adaptPageExt), void (*)(V&, int, const V&, const V&, const V&,
-                                                                            const V&, const V&)>);
+static_assert(std::is_same_v<decltype(&BaseOpTools::adaptPageExt),
+                             void (*)(V&, int, const V&, const V&, const V&, const V&, const V&)>);
 static_assert(std::is_same_v<decltype(BaseOpTools::MAX_NUM_PAGES_PER_IMAGE), const VXint64>);
 static_assert(BaseOpTools::MAX_NUM_PAGES_PER_IMAGE == 524288);
 
@@ -67,13 +67,16 @@ TEST_F(BaseOpToolsTest, TheMinimumIsRoundedUpToTheStep) {
 }
 
 TEST_F(BaseOpToolsTest, TheMaximumIsRoundedDownToTheStep) {
-  EXPECT_EQ((Wishes{.start = plane(900, 900), .img = plane(960, 960), .step = plane(32, 48), .max = plane(100, 191)}
-                 .adapt()),
-            plane(96, 144));
+  EXPECT_EQ(
+      (Wishes{.start = plane(900, 900), .img = plane(960, 960), .step = plane(32, 48), .max = plane(100, 191)}.adapt()),
+      plane(96, 144));
 }
 
 TEST_F(BaseOpToolsTest, AMaximumBelowTheMinimumGivesWay) {
-  EXPECT_EQ((Wishes{.start = plane(900, 1), .img = plane(960, 960), .step = plane(32, 32), .min = plane(65, 60),
+  EXPECT_EQ((Wishes{.start = plane(900, 1),
+                    .img = plane(960, 960),
+                    .step = plane(32, 32),
+                    .min = plane(65, 60),
                     .max = plane(64, 20)}
                  .adapt()),
             plane(96, 64));
@@ -88,9 +91,9 @@ TEST_F(BaseOpToolsTest, WithoutAMaximumTheImageAndTheStartAreAllowed) {
   EXPECT_EQ((Wishes{.start = plane(1000, 1), .img = plane(1000, 1000), .preferred = plane(0, 0)}.adapt()),
             plane(1000, 32));
   // 127 isn't a multiple of 32, but the start is.
-  EXPECT_EQ((Wishes{.start = plane(128, 100), .img = plane(127, 100), .step = plane(32, 1), .min = plane(32, 32)}
-                 .adapt()),
-            plane(128, 100));
+  EXPECT_EQ(
+      (Wishes{.start = plane(128, 100), .img = plane(127, 100), .step = plane(32, 1), .min = plane(32, 32)}.adapt()),
+      plane(128, 100));
 }
 
 // Small pages.
@@ -140,28 +143,31 @@ TEST_F(BaseOpToolsTest, AnUnstatedMaximumIsRaised) {
 
 TEST_F(BaseOpToolsTest, TheSecondMinimumMayFall) {
   // ceil(100 * sqrt(1024 / 1000)) becomes 200, and ceil(10 * 1024 / 2000) is 6.
-  EXPECT_EQ((Wishes{.start = plane(101, 6), .img = plane(400, 600), .step = plane(100, 1), .min = plane(100, 10)}
-                 .adapt()),
-            plane(200, 6));
+  EXPECT_EQ(
+      (Wishes{.start = plane(101, 6), .img = plane(400, 600), .step = plane(100, 1), .min = plane(100, 10)}.adapt()),
+      plane(200, 6));
 }
 
 // The valid extent.
 
 TEST_F(BaseOpToolsTest, EqualLimitsFixTheExtent) {
-  EXPECT_EQ((Wishes{.start = plane(70, 70), .img = plane(1000, 64), .min = plane(300, 64), .max = plane(300, 64),
+  EXPECT_EQ((Wishes{.start = plane(70, 70),
+                    .img = plane(1000, 64),
+                    .min = plane(300, 64),
+                    .max = plane(300, 64),
                     .dataType = floatType}
                  .adapt()),
             plane(300, 64));
 }
 
 TEST_F(BaseOpToolsTest, AStartAboveTheImageIsCutToIt) {
-  EXPECT_EQ((Wishes{.start = plane(128, 128), .img = plane(100, 96), .step = plane(1, 32), .min = plane(32, 32)}
-                 .adapt()),
-            plane(100, 96));
+  EXPECT_EQ(
+      (Wishes{.start = plane(128, 128), .img = plane(100, 96), .step = plane(1, 32), .min = plane(32, 32)}.adapt()),
+      plane(100, 96));
   // Not where the image is no multiple of the step; and to the minimum where the image is smaller.
-  EXPECT_EQ((Wishes{.start = plane(128, 128), .img = plane(127, 96), .step = plane(32, 32), .min = plane(0, 128)}
-                 .adapt()),
-            plane(128, 128));
+  EXPECT_EQ(
+      (Wishes{.start = plane(128, 128), .img = plane(127, 96), .step = plane(32, 32), .min = plane(0, 128)}.adapt()),
+      plane(128, 128));
 }
 
 TEST_F(BaseOpToolsTest, APreferredStartTakesTheImage) {
@@ -181,7 +187,10 @@ TEST_F(BaseOpToolsTest, APreferredStartTakesTheImage) {
 
 TEST_F(BaseOpToolsTest, OtherStartsGoToTheNearestMultiple) {
   const auto adaptX = [](VXint64 x) {
-    return Wishes{.start = plane(x, 64), .img = plane(320 * 64, 64), .step = plane(32, 1), .min = plane(32, 64),
+    return Wishes{.start = plane(x, 64),
+                  .img = plane(320 * 64, 64),
+                  .step = plane(32, 1),
+                  .min = plane(32, 64),
                   .max = plane(320, 64)}
         .adapt()
         .x;
@@ -201,8 +210,10 @@ TEST_F(BaseOpToolsTest, ExactMultiplesAreKept) {
 
 TEST_F(BaseOpToolsTest, ATenthMayBeWasted) {
   // 10 pages of 110 overhang 1001 by 99; those of 111 overhang 1002 by 108, and then less is aimed at.
-  EXPECT_EQ((Wishes{.start = plane(110, 500), .img = plane(1001, 500), .dataType = floatType}.adapt()), plane(110, 500));
-  EXPECT_EQ((Wishes{.start = plane(111, 500), .img = plane(1002, 500), .dataType = floatType}.adapt()), plane(110, 500));
+  EXPECT_EQ((Wishes{.start = plane(110, 500), .img = plane(1001, 500), .dataType = floatType}.adapt()),
+            plane(110, 500));
+  EXPECT_EQ((Wishes{.start = plane(111, 500), .img = plane(1002, 500), .dataType = floatType}.adapt()),
+            plane(110, 500));
   EXPECT_EQ((Wishes{.start = plane(128, 128), .img = plane(1000, 1000)}.adapt()), plane(128, 128));
 }
 
@@ -210,18 +221,18 @@ TEST_F(BaseOpToolsTest, SmallPagesGrow) {
   // 32 * 64 bytes. 3 pages of 32 overhang 65 by 31, 2 pages of 33 by 1.
   EXPECT_EQ((Wishes{.start = plane(32, 64), .img = plane(65, 64)}.adapt()), plane(33, 64));
   // 19 in pages of 10 overhangs by 1 of 19; 8 rows of 1024 bytes.
-  EXPECT_EQ((Wishes{.start = plane(8, 1024), .img = plane(19, 1024), .min = plane(6, 1024), .max = plane(12, 1024)}
-                 .adapt()),
-            plane(10, 1024));
+  EXPECT_EQ(
+      (Wishes{.start = plane(8, 1024), .img = plane(19, 1024), .min = plane(6, 1024), .max = plane(12, 1024)}.adapt()),
+      plane(10, 1024));
 }
 
 TEST_F(BaseOpToolsTest, LargePagesShrink) {
   // 2 pages of 165 overhang 300 by a tenth, and no more is aimed at.
   EXPECT_EQ((Wishes{.start = plane(256, 256), .img = plane(300, 256), .dataType = floatType}.adapt()), plane(165, 256));
   // By steps of 16, 160 is the first below.
-  EXPECT_EQ((Wishes{.start = plane(256, 256), .img = plane(300, 256), .step = plane(16, 1), .dataType = floatType}
-                 .adapt()),
-            plane(160, 256));
+  EXPECT_EQ(
+      (Wishes{.start = plane(256, 256), .img = plane(300, 256), .step = plane(16, 1), .dataType = floatType}.adapt()),
+      plane(160, 256));
 }
 
 TEST_F(BaseOpToolsTest, PagesOf32768BytesAreSmall) {
@@ -259,13 +270,18 @@ TEST_F(BaseOpToolsTest, EachDimensionHasItsShareOfTheTenth) {
   const V min = plane(16, 64);
   EXPECT_EQ((Wishes{.start = plane(19, 2048), .img = plane(200, 2048), .min = min}.adapt()), plane(19, 2048));
   // Beside 256 of 300, x wastes less than its half of the tenth, and y is to waste no more than that.
-  EXPECT_EQ((Wishes{.start = plane(19, 256), .img = plane(200, 300), .min = min, .dataType = floatType}.adapt()), plane(19, 300));
-  EXPECT_EQ((Wishes{.start = plane(38, 256), .img = plane(200, 300), .min = min, .dataType = floatType}.adapt()), plane(35, 157));
+  EXPECT_EQ((Wishes{.start = plane(19, 256), .img = plane(200, 300), .min = min, .dataType = floatType}.adapt()),
+            plane(19, 300));
+  EXPECT_EQ((Wishes{.start = plane(38, 256), .img = plane(200, 300), .min = min, .dataType = floatType}.adapt()),
+            plane(35, 157));
 }
 
 TEST_F(BaseOpToolsTest, FixedDimensionsAreNotImproved) {
   // y overhangs by nearly half, but its limits are equal.
-  EXPECT_EQ((Wishes{.start = plane(256, 256), .img = plane(300, 257), .min = plane(0, 256), .max = plane(0, 256),
+  EXPECT_EQ((Wishes{.start = plane(256, 256),
+                    .img = plane(300, 257),
+                    .min = plane(0, 256),
+                    .max = plane(0, 256),
                     .dataType = floatType}
                  .adapt()),
             plane(165, 256));
@@ -288,11 +304,15 @@ TEST_F(BaseOpToolsTest, ALargeImageWithATinyStartHasFewEnoughPages) {
 
 TEST_F(BaseOpToolsTest, DoublingStopsAtAQuarterOfTheImage) {
   // x to 32, since 4 * 32 is above 100; then y.
-  EXPECT_EQ((Wishes{.start = V(16, 1, 1, 1, 1, 1), .img = plane(100, VXint64(1) << 40), .min = V(16, 1, 1, 1, 1, 1),
+  EXPECT_EQ((Wishes{.start = V(16, 1, 1, 1, 1, 1),
+                    .img = plane(100, VXint64(1) << 40),
+                    .min = V(16, 1, 1, 1, 1, 1),
                     .max = V(16, 1, 1, 1, 1, 1)}
                  .adapt()),
             plane(32, VXint64(1) << 23));
-  EXPECT_EQ((Wishes{.start = V(16, 1, 1, 1, 1, 1), .img = plane(64, VXint64(1) << 40), .min = V(16, 1, 1, 1, 1, 1),
+  EXPECT_EQ((Wishes{.start = V(16, 1, 1, 1, 1, 1),
+                    .img = plane(64, VXint64(1) << 40),
+                    .min = V(16, 1, 1, 1, 1, 1),
                     .max = V(16, 1, 1, 1, 1, 1)}
                  .adapt()),
             plane(32, VXint64(1) << 22));
@@ -308,8 +328,9 @@ TEST_F(BaseOpToolsTest, DoublingHasALimitInEachDimension) {
 }
 
 TEST_F(BaseOpToolsTest, DoublingKeepsNoWish) {
-  EXPECT_EQ((Wishes{.start = plane(9, 9), .img = plane(9 * million, 9), .step = plane(9, 9), .max = plane(9, 9)}.adapt()),
-            plane(18, 9));
+  EXPECT_EQ(
+      (Wishes{.start = plane(9, 9), .img = plane(9 * million, 9), .step = plane(9, 9), .max = plane(9, 9)}.adapt()),
+      plane(18, 9));
 }
 
 TEST_F(BaseOpToolsTest, PagesAreCountedInSinglePrecision) {
@@ -373,8 +394,11 @@ TEST_F(BaseOpToolsTest, OneVectorMayStandForAllArguments) {
 
 TEST_F(BaseOpToolsTest, MultiplesBeyond64BitsAreRoundedDown) {
   const VXint64 step = (VXint64(1) << 62) + 1;
-  EXPECT_EQ((Wishes{.start = plane(maxInt64, 1), .img = plane(maxInt64, 1), .step = plane(step, 1),
-                    .min = plane(maxInt64, 1), .max = plane(maxInt64, 1)}
+  EXPECT_EQ((Wishes{.start = plane(maxInt64, 1),
+                    .img = plane(maxInt64, 1),
+                    .step = plane(step, 1),
+                    .min = plane(maxInt64, 1),
+                    .max = plane(maxInt64, 1)}
                  .adapt()),
             plane(step, 1));
   EXPECT_EQ((Wishes{.step = plane(1000, 1), .min = plane(maxInt64, 1)}.adapt().x), maxInt64 / 1000 * 1000);
@@ -389,8 +413,12 @@ TEST_F(BaseOpToolsTest, AnyArgumentGivesAnExtent) {
       for (const VXint64 step : values) {
         for (const VXint64 min : values) {
           for (const VXint64 max : values) {
-            const V result = Wishes{.start = V(start), .img = V(img), .preferred = V(start), .step = V(step),
-                                    .min = V(min), .max = V(max)}
+            const V result = Wishes{.start = V(start),
+                                    .img = V(img),
+                                    .preferred = V(start),
+                                    .step = V(step),
+                                    .min = V(min),
+                                    .max = V(max)}
                                  .adapt();
             ASSERT_GT(result.x, 0);
             ASSERT_GT(result.u, 0);
