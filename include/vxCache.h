@@ -56,7 +56,7 @@ class VX_EXPORT Cache {
   /// The greatest memory optimization level.
   static constexpr VXuint64 maxMemoryOptimizationLevel = 10;
   /// Bytes that a cache keeps at most in free blocks.
-  static constexpr VXuint64 maxWarmBytes = 16ULL << 20;
+  static constexpr VXuint64 maxWarmBytes = 32ULL << 20;
 
   /// Makes an empty cache with a limit of 50000 KB and level 0. \throw std::bad_alloc without memory.
   Cache();
@@ -133,6 +133,9 @@ class VX_EXPORT Cache {
   friend class CachedBuffer;
 
   explicit Cache(const std::shared_ptr<CacheState>& state);
+  static CachedBuffer& _bufferAt(CachedBufferPosition position);
+  void _updateSize() noexcept;
+  void _dropBuffers();
   void _clearBuffers() noexcept;
 
   std::shared_ptr<CacheState> _state;  // shared with the buffers; constant after construction
