@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <iterator>
 #include <new>
+#include <optional>
 #include <ostream>
 #include <string>
 
@@ -228,8 +229,8 @@ void dump(std::ostream& stream, const unsigned char* data, VXuint64 size) {
 
 std::ostream& operator<<(std::ostream& stream, const CachedBuffer& buffer) {
   const TraceFrame trace("source/vxCachedBuffer:operator<<()");
-  const std::shared_ptr<CacheState> state = buffer._cacheState ? buffer._cacheState : std::make_shared<CacheState>();
-  const MutexLock lock(state->mutex);
+  std::optional<MutexLock> lock;
+  if (buffer._cacheState) lock.emplace(buffer._cacheState->mutex);
   stream << "Cache    : " + addressText(buffer.getCache()) + "\nPriority : " + std::to_string(buffer.getPriority()) +
                 "\nSize     : " + std::to_string(buffer._size) + "\nMemaddr  : " + addressText(buffer._data) + "\n";
   if (buffer.isInitialized()) dump(stream, static_cast<const unsigned char*>(buffer._data), buffer._size);
