@@ -46,8 +46,10 @@ struct CacheFigures {
 /// at most #maxWarmBytes, until clearCache() or the end of the cache. After a flush the cache thus takes no more than
 /// its limit or the locked buffers, whichever is greater, and that constant.
 ///
-/// All functions are safe from any thread but for getCacheTable(). Notifications are sent with no lock held; what a
-/// callback throws passes on, after the work is done.
+/// All functions are safe from any thread but for getCacheTable(). flushCache() and clearCache() send their
+/// notification while they still hold the lock: a callback may use the cache, but must not wait for another thread that
+/// locks it. The functions that tell size, limit and level take no lock. What a callback throws passes on, after the
+/// work is done and the lock given back.
 class VX_EXPORT Cache {
  public:
   /// Number of priorities, from 0, the cheapest, to 9.
@@ -125,7 +127,7 @@ class VX_EXPORT Cache {
   std::atomic<VXuint64> _maxCacheSizeKB{50000};       ///< The limit; synchronises itself.
   std::atomic<VXuint64> _memoryOptimizationLevel{0};  ///< 0 to 10; synchronises itself.
   /// Guards the lists, the sizes and all buffers of this cache, and lives on with them. No other lock of the library is
-  /// taken while it is held, but for those inside the message channel.
+  /// taken while it is held, but for those inside messages and notifications.
   Mutex& _cacheMutex;
 
  private:

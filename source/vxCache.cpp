@@ -124,12 +124,12 @@ void Cache::_updateSize() noexcept { _currentCacheSize.store(_state->held.getByt
 
 void Cache::flushCache() {
   const TraceFrame trace("source/vxCache:Cache::flushCache()");
+  const MutexLock lock(_state->mutex);
   _dropBuffers();
   VXNotify.notify(cacheWasFlushed, nullptr, nullptr);
 }
 
 void Cache::_dropBuffers() {
-  const MutexLock lock(_state->mutex);
   const VXuint64 limit = limitInBytes(getMaxCacheSizeKB());
   const VXuint64 level = getMemoryOptimizationLevel();
   for (VXuint64 priority = 0; priority < numPriorities; ++priority) {
@@ -145,12 +145,12 @@ void Cache::_dropBuffers() {
 
 void Cache::clearCache() {
   const TraceFrame trace("source/vxCache:Cache::clearCache()");
+  const MutexLock lock(_state->mutex);
   _clearBuffers();
   VXNotify.notify(cacheWasCleared, nullptr, nullptr);
 }
 
 void Cache::_clearBuffers() noexcept {
-  const MutexLock lock(_state->mutex);
   for (CachedBufferList& list : _priorityLists) {
     while (!list.empty()) {
       CachedBuffer* const buffer = list.front();

@@ -396,26 +396,43 @@ TEST_F(CacheTest, FreeBlocksAreBoundedAndGoWithClear) {
   EXPECT_EQ(cache.getFigures().warm, 0U);
 }
 
-TEST_F(CacheTest, CallbacksRunAfterTheWorkAndWithTheCacheUnlocked) {
-  struct Host {
-    Cache& cache;
-    CachedBuffer& page;
-    int numCalls;
-  } host{cache, a, 0};
+TEST_F(CacheTest, FlushAndClearNotifyAfterTheWorkAndBeforeTheyUnlock) {
+  struct Listener {
+    OpenCache cache;
+    CachedBuffer page;
+    int numCalls = 0;
+  } listener;
   const VXCallbackHandle handle = VXNotify.addNotifyCB(
-      [](void* userData, unsigned int, void*, void*) {
-        Host& self = *static_cast<Host*>(userData);
+      [](void* userData, unsigned int code, void*, void*) {
+        Listener& self = *static_cast<Listener*>(userData);
+        if (code != flushed && code != cleared) return;
         ++self.numCalls;
         EXPECT_FALSE(self.page.isInitialized());
-        // Another thread gets at the cache while the callback runs.
-        std::thread([&] { self.page.init(self.cache, 0, KB, nullptr); }).join();
+        std::thread([&] {
+          EXPECT_FALSE(self.cache._cacheMutex.tryLock());
+          EXPECT_EQ(self.cache.getCurrentCacheSizeKB(), 0U);  // needs no lock
+          EXPECT_EQ(self.cache.getMaxCacheSizeKB(), 0U);
+          EXPECT_EQ(self.cache.getMemoryOptimizationLevel(), 0U);
+        }).join();
+        self.page.init(self.cache, 0, KB, nullptr);
       },
-      &host, cleared);
-  initAll(0, KB);
-  cache.clearCache();
+      &listener, 0x8ffff);
+  listener.cache.setMaxCacheSizeKB(0);
+  for (const bool isFlush : {true, false}) {
+    listener.page.init(listener.cache, 0, KB, nullptr);
+    if (isFlush) {
+      listener.cache.flushCache();
+    } else {
+      listener.cache.clearCache();
+    }
+    std::thread([&] {
+      EXPECT_TRUE(listener.cache._cacheMutex.tryLock());
+      listener.cache._cacheMutex.unlock();
+    }).join();
+    expectInvariants(listener.cache, {&listener.page});
+  }
   VXNotify.removeNotifyCB(handle);
-  EXPECT_EQ(host.numCalls, 1);
-  EXPECT_EQ(buffersOf(cache, 0), Buffers{&a});
+  EXPECT_EQ(listener.numCalls, 2);
 }
 
 TEST_F(CacheTest, AThrowingCallbackLeavesTheCacheUnlocked) {
