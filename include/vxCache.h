@@ -122,7 +122,8 @@ class VX_EXPORT Cache {
   friend VX_EXPORT std::ostream& operator<<(std::ostream& stream, const Cache& cache);
 
  protected:
-  CachedBufferList _priorityLists[numPriorities];     ///< The buffers by priority; guarded by `_cacheMutex`.
+  /// The buffers by priority.
+  CachedBufferList _priorityLists[numPriorities] VX_GUARDED_BY(_cacheMutex);
   std::atomic<VXuint64> _currentCacheSize{0};         ///< Bytes of all buffers; changed with `_cacheMutex` held.
   std::atomic<VXuint64> _maxCacheSizeKB{50000};       ///< The limit; synchronises itself.
   std::atomic<VXuint64> _memoryOptimizationLevel{0};  ///< 0 to 10; synchronises itself.
@@ -135,9 +136,9 @@ class VX_EXPORT Cache {
 
   explicit Cache(const std::shared_ptr<CacheState>& state);
   static CachedBuffer& _bufferAt(CachedBufferPosition position);
-  void _updateSize() noexcept;
-  void _dropBuffers();
-  void _clearBuffers() noexcept;
+  void _updateSize() noexcept VX_REQUIRES(_cacheMutex);
+  void _dropBuffers() VX_REQUIRES(_cacheMutex);
+  void _clearBuffers() noexcept VX_REQUIRES(_cacheMutex);
 
   std::shared_ptr<CacheState> _state;  // shared with the buffers; constant after construction
 };

@@ -42,8 +42,8 @@ class CacheTest : public CacheFixture {
 
 TEST_F(CacheTest, StartsEmptyWithTheDefaultLimit) {
   const OpenCache fresh;
-  for (const CachedBufferList& list : fresh._priorityLists) EXPECT_TRUE(list.empty());
-  EXPECT_EQ(std::size(fresh._priorityLists), 10U);
+  for (const CachedBufferList& list : fresh.getCacheTable()) EXPECT_TRUE(list.empty());
+  EXPECT_EQ(std::size(fresh.getCacheTable()), 10U);
   EXPECT_EQ(fresh._currentCacheSize, 0U);
   EXPECT_EQ(fresh._maxCacheSizeKB, 50000U);
   EXPECT_EQ(fresh._memoryOptimizationLevel, 0U);
@@ -205,6 +205,7 @@ TEST_F(CacheTest, TheEndOfAListHoldsNothingToRemove) {
   OpenCache open;
   CachedBuffer only;
   only.init(open, 0, KB, nullptr);
+  const MutexLock lock(open._cacheMutex);
   open.removeBuffer(0, open._priorityLists[0].end());
   open.removeBuffer(8, open._priorityLists[8].end());
   expectInvariants(open, {&only});
@@ -426,8 +427,9 @@ TEST_F(CacheTest, FlushAndClearNotifyAfterTheWorkAndBeforeTheyUnlock) {
       listener.cache.clearCache();
     }
     std::thread([&] {
-      EXPECT_TRUE(listener.cache._cacheMutex.tryLock());
-      listener.cache._cacheMutex.unlock();
+      const bool isFree = listener.cache._cacheMutex.tryLock();
+      EXPECT_TRUE(isFree);
+      if (isFree) listener.cache._cacheMutex.unlock();
     }).join();
     expectInvariants(listener.cache, {&listener.page});
   }

@@ -105,7 +105,7 @@ TEST_F(CacheThreadsTest, PagesMoveBetweenCachesInBothDirections) {
   runThreads([&](int index) {
     CachedBuffer page;
     for (int round = 0; round < numRounds; ++round) {
-      page.init((index + round) % 2 ? cache : other, 3, (round % 3 + 1) * KB, nullptr);
+      page.init((index + round) % 2 ? cache : other, 3, static_cast<VXuint64>(round % 3 + 1) * KB, nullptr);
     }
   });
   EXPECT_EQ(cache.getFigures().held, 0U);
