@@ -51,7 +51,7 @@ CachedBuffer& makePage(const PageGroup& group, VXint64 id, Cache& cache, SubImg&
   checkFatal(page != nullptr);
   page->lock();
   block.setDataType(outImg.getDataType());
-  block.setData(page->getData());
+  block.setData(group.hasNoOutput ? nullptr : page->getData());
   return *page;
 }
 

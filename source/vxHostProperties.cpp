@@ -109,7 +109,12 @@ int Host::_updateImageProps(BaseOp& op, VXint64 outIndex) {
     img->setStateInfoErrorCode(VX_RESULT_OK);
     return VX_RESULT_OK;
   }
-  if (const int code = _updateInputs(op)) return invalidate(*img, code);
+  if (img->getStateInfoErrorCode() == VX_CYCLIC_NETWORK) img->setStateInfoErrorCode(VX_IMAGE_NOT_CALCULATED);
+  if (const int code = _updateInputs(op)) {
+    // An image that the walk came back to is part of the cycle itself, and not just behind an invalid input.
+    const bool isInCycle = img->getStateInfoErrorCode() == VX_CYCLIC_NETWORK;
+    return invalidate(*img, isInCycle ? VX_CYCLIC_NETWORK : code);
+  }
   return _updateOutput(op, outIndex, *img);
 }
 

@@ -33,8 +33,7 @@ void ThreadDataClass::unlockInputs() {
     while (!input._pageIDs.empty()) {
       CachedBuffer* const page = input._inImg->getPage(input._pageIDs.back(), PagedImg::OWN_OR_BYPASSED_PAGE);
       input._pageIDs.pop_back();
-      checkFatal(page != nullptr);
-      page->unlock();
+      if (page && page->getCache()) page->unlock();  // a module may have cleared the pages of its input
     }
   }
 }
