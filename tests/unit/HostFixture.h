@@ -55,7 +55,7 @@ class ExceptionHandling {
 /// A host whose counters are as before after each test, and whose messages are all expected.
 class HostFixture : public testing::Test {
  protected:
-  static void SetUpTestSuite() { startEngine(); }
+  static void SetUpTestSuite() { registerTestModules(); }
 
   void TearDown() override {
     EXPECT_EQ(messages.take(), std::vector<Message>());
