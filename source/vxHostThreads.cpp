@@ -210,7 +210,10 @@ void Host::_finishThreads(PageGroup& group, ChunkRun& run) {
   }
   run.requesterEnds();
   while (!run.haveAllWorkersEnded()) {
-    updateProgress(group.op.getTypeIdName(), "calculating");
+    {
+      const NestedRequestScope::Chunk mark(true);  // the application may request a tile while the workers run
+      updateProgress(group.op.getTypeIdName(), "calculating");
+    }
     run.waitForWorkers();
   }
   run.rethrow();
