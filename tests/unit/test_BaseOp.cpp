@@ -389,6 +389,17 @@ TEST_F(BaseOpTest, AModuleIsTakenFromTheListOnce) {
   EXPECT_TRUE(TestOp::_addBaseOp(op));
 }
 
+TEST_F(BaseOpTest, TheListGrowsByManyModulesAtATime) {
+  constexpr int numModules = 8192;
+  TestOp op(0, 0);
+  const VXint64 before = BaseOp::getNumBaseOps();
+  const long allocations = numAllocations();
+  for (int i = 0; i < numModules; ++i) TestOp::_addBaseOp(op);
+  EXPECT_LE(numAllocations() - allocations, 1);
+  for (int i = 0; i < numModules; ++i) TestOp::_removeBaseOp(op);
+  EXPECT_EQ(BaseOp::getNumBaseOps(), before);
+}
+
 TEST_F(BaseOpTest, ListenersHearOfModulesThatComeAndGo) {
   const Notifications registered(0x200002);
   const Notifications removed(0x200004);
