@@ -21,6 +21,7 @@ using Messages = std::vector<Message>;
 class TestOp : public BaseOp {
  public:
   using BaseOp::_addBaseOp;
+  using BaseOp::_marker;
   using BaseOp::_removeBaseOp;
   using BaseOp::BaseOp;
 
@@ -181,11 +182,14 @@ TEST_F(BaseOpTest, TheEnumeratorsHaveTheirValues) {
 }
 
 TEST_F(BaseOpTest, MarkersAreNumbersOf32Bits) {
-  BaseOp op(0, 0);
+  TestOp op(0, 0);
   for (const int marker : {1, -1, 0, 2147483647, -2147483647 - 1}) {
     op.setMarker(marker);
     EXPECT_EQ(op.getMarker(), marker);
+    EXPECT_EQ(op._marker, VXint64{marker}) << "kept with its sign";
   }
+  op._marker = (VXint64{3} << 32) | 0xFFFFFFFE;
+  EXPECT_EQ(op.getMarker(), -2);
 }
 
 TEST_F(BaseOpTest, ThreadSupportIsKept) {

@@ -223,9 +223,10 @@ TEST_F(PagedImgTest, PropertiesAreCopiedWithThePageExtent) {
   EXPECT_EQ(image.getStateInfoErrorCode(), 10);
 }
 
-// An image whose page extent is set past the test of the setter.
+// An image whose members are set past the tests of the setters.
 class UncheckedImg : public PagedImg {
  public:
+  using PagedImg::_bypassIndex;
   using PagedImg::_pageExt;
 };
 
@@ -657,6 +658,15 @@ TEST_F(PagedImgBypassTest, WithoutABypassOrAnInputNothingStandsIn) {
   EXPECT_NE(out.getPage(1, PagedImg::BYPASSED_PAGE), nullptr);
   op.getInField(0)->getInputConnectorValue().disconnect();
   EXPECT_EQ(out.getPage(1, PagedImg::BYPASSED_PAGE), nullptr);
+}
+
+TEST_F(PagedImgBypassTest, NothingStandsInForAFreeStandingImage) {
+  UncheckedImg free;
+  makeFourPages(free);
+  free._bypassIndex = 0;
+  EXPECT_EQ(free.getPage(1, PagedImg::OWN_OR_BYPASSED_PAGE), nullptr);
+  EXPECT_EQ(free.getPage(1, PagedImg::BYPASSED_PAGE), nullptr);
+  EXPECT_EQ(messages.take(), Messages{});
 }
 
 TEST_F(PagedImgBypassTest, AnInputWithoutATableHasNoPage) {
