@@ -55,7 +55,7 @@ class ExceptionHandling {
 /// A host whose counters are as before after each test, and whose messages are all expected.
 class HostFixture : public testing::Test {
  protected:
-  static void SetUpTestSuite() { startEngine(); }
+  static void SetUpTestSuite() { registerTestModules(); }
 
   void TearDown() override {
     EXPECT_EQ(messages.take(), std::vector<Message>());
@@ -76,10 +76,9 @@ class HostFixture : public testing::Test {
     block.allocate(VX_RETURN_NULL);
     block.fillSubImg(-1);
     void* data = block.getData();
+    const MemoryPtr<void> memory(data);
     code = host.getTile(op, outIndex, box, dataType, &data, scaleShift);
-    const std::vector<VXint64> values = valuesOf(box, dataType, data);
-    host.freeTile(data);
-    return values;
+    return valuesOf(box, dataType, data);
   }
 
   MessageRecorder messages;

@@ -173,6 +173,18 @@ TEST_F(HostTileTest, AModuleMayRequestTilesInsideItsOwnCalculation) {
   EXPECT_EQ(processing, 2U);
 }
 
+TEST_F(HostTileTest, AModuleMayRequestTilesWhileItSetsProperties) {
+  module.connect(0, source);
+  VXint64 seen = -1;
+  module.onCalcOutImageProps = [&](PagedImg& img, int) {
+    void* data = &seen;
+    EXPECT_EQ(host.getTile(source, 0, boxOf(20, 1, 20, 1), VXint64Type, &data), 0);
+    img.setMaxVoxelValue(static_cast<long double>(seen));
+  };
+  EXPECT_EQ(tile(module, boxOf(0, 0, 1, 0)), (std::vector<VXint64>{0, 1}));
+  EXPECT_EQ(seen, sourceValue(ext(20, 1, 0, 0, 0, 0)));
+}
+
 // Groups -------------------------------------------------------------------------------------------------------------
 
 // The ids of the pages that each call of the property of inputs precedes, up to the next calculation.
@@ -430,6 +442,28 @@ TEST_F(HostInTileTest, OnlyTheFirstPageOfACallMayAskForIt) {
   source.img().getMemoryImg().clearMemoryImg();
   tile(module, boxOf(0, 0, 49, 39));  // the first page is there
   EXPECT_FALSE(source.img().getMemoryImg().isValid());
+}
+
+// Two modules that want the same input whole, in different types: what one of them reads stays.
+TEST_F(HostInTileTest, AMemoryImageThatIsBeingReadIsNotMadeAnother) {
+  TestModule other(2, 1);
+  other.connect(0, source).connect(1, module);
+  other.onCalcOutImageProps = [](PagedImg& img, int) { img.setDataType(VXdoubleType); };
+  other.onCalcInSubImageBox = [](int in, const SubImgBox& box, int) { return in == 0 ? boxOf(0, 0, 49, 39) : box; };
+  other.onCalcInSubImageProps = [](int in, InSubImageProps& props, int) { props.inTileCaching = in == 0; };
+  other.onCalcOutSubImage = [](SubImg& out, int, SubImg* in, ThreadInfo&) {
+    auto* const voxels = static_cast<double*>(out.getData());
+    out.copySubImage(in[0]);
+    SubImg sum(out.getBox(), VXdoubleType);
+    sum.allocate(VX_FATAL_MEMORY_ERROR);
+    sum.copySubImage(in[1]);
+    for (VXint64 i = 0; i < out.getBox().getNumVoxels(); ++i) voxels[i] += static_cast<double*>(sum.getData())[i];
+    sum.free();
+  };
+  const SubImgBox box = boxOf(0, 0, 49, 39);
+  EXPECT_EQ(tile(other, box), valuesAt(box, [](const TVector<VXint64>& p) { return 2 * sourceValue(p); }));
+  EXPECT_FALSE(source.img().getMemoryImg().hasReaders());
+  EXPECT_EQ(source.img().getMemoryImg().getSubImg().getDataType(), VXdoubleType);
 }
 
 TEST_F(HostInTileTest, AMemoryImageUnderManualControlIsLeftAlone) {
