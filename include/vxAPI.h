@@ -4,10 +4,10 @@
 /// # The road of a host
 ///
 /// Loading the library starts it. A host then checks that it fits (VXInit()), loads module libraries
-/// (VXLoadLibrary()), makes modules by the names of their classes (VXCreateModuleFromName()), connects outputs to inputs
-/// (VXFieldConnectFrom()), sets parameters as texts or numbers (VXFieldSetValue() and its siblings), asks outputs for
-/// boxes of voxels (VXImageGetTile6D() and its siblings), and at the end deletes what it made and stops the library
-/// (VXDestroy()).
+/// (VXLoadLibrary()), makes modules by the names of their classes (VXCreateModuleFromName()), connects outputs to
+/// inputs (VXFieldConnectFrom()), sets parameters as texts or numbers (VXFieldSetValue() and its siblings), asks
+/// outputs for boxes of voxels (VXImageGetTile6D() and its siblings), and at the end deletes what it made and stops the
+/// library (VXDestroy()).
 ///
 /// # Conventions
 ///
@@ -17,10 +17,10 @@
 /// with their module, types with their library. A handle of an object that is gone can't be told from a good one and
 /// must not be used.
 ///
-/// **Ownership.** What goes in stays the caller's, unless a function says otherwise; texts are copied. Handles and texts
-/// that come out stay the library's and are good until the object that they are of changes or goes, unless a function
-/// says that the caller gives them back, and by which function. A constant text that is an answer for a refused call is
-/// good forever.
+/// **Ownership.** What goes in stays the caller's, unless a function says otherwise; texts are copied. Handles and
+/// texts that come out stay the library's and are good until the object that they are of changes or goes, unless a
+/// function says that the caller gives them back, and by which function. A constant text that is an answer for a
+/// refused call is good forever.
 ///
 /// **Refusals.** No bad argument does harm. A call that can't be done is refused: it is reported through the message
 /// channel as an error, does nothing, and is answered as the function says; "refused" below always means that. The
@@ -46,10 +46,10 @@
 /// ::VX_UNKNOWN_EXCEPTION. The entry then returns 1 if it returns an error code, else 0, null or "". Nothing is rolled
 /// back, but the library stays usable. While exception handling is disabled, exceptions of modules reach the host.
 ///
-/// **From inside of callbacks** of the library (sensors, messages, notifications, progress, break checks) and from module
-/// code all functions may be called, except that those of images and tiles refuse to run inside of one another, and
-/// that calls which would free what is being calculated are refused while a calculation runs: VXClearPages() and its
-/// siblings, VXClearCache(), VXPushState(), VXPopState(), VXDeleteModule(), VXUnLoadLibrary() and VXDestroy().
+/// **From inside of callbacks** of the library (sensors, messages, notifications, progress, break checks) and from
+/// module code all functions may be called, except that those of images and tiles refuse to run inside of one another,
+/// and that calls which would free what is being calculated are refused while a calculation runs: VXClearPages() and
+/// its siblings, VXClearCache(), VXPushState(), VXPopState(), VXDeleteModule(), VXUnLoadLibrary() and VXDestroy().
 ///
 /// **Threads.** Unless a function says otherwise, all calls belong to one thread. Functions of voxel types, memory and
 /// messages in the headers below this one may be called from any thread where they say so.
@@ -302,7 +302,8 @@ VX_C_API void VXSoNodeFieldSetPtr(VXField* field, VXSoNode* ptr);
 VX_C_API void* VXPointerFieldGetPtr(VXField* field);
 /// Sets the pointer of a pointer field. \param field the field. \param ptr may be null.
 VX_C_API void VXPointerFieldSetPtr(VXField* field, void* ptr);
-/// \return the list that a tag list field holds, with no reference for the caller; null without one and after a refusal.
+/// \return the list that a tag list field holds, with no reference for the caller; null without one and after a
+/// refusal.
 VX_C_API VXDicomTagList* VXDicomTagListFieldGetPtr(VXField* field);
 /// Sets the list of a tag list field, which takes a reference. \param field the field. \param ptr may be null.
 VX_C_API void VXDicomTagListFieldSetPtr(VXField* field, VXDicomTagList* ptr);

@@ -12,8 +12,8 @@
 
 namespace {
 
-using vx::CallLabel;
 using vx::callFramed;
+using vx::CallLabel;
 using vx::checkArgument;
 using vx::checkedObject;
 using vx::checkObject;
@@ -44,8 +44,8 @@ const char* _VXFieldGetType(Field* field) {
 
 void _VXFieldSetValue(Field* field, const char* value) {
   const TraceFrame trace("source/vxAPI:_VXFieldSetValue()");
-  if (checkArgument(value != nullptr, "VXFieldSetValue", "Invalid value pointer passed. Ignoring call.") &&
-      checkObject<Field>(field, "vxAPI: VXFieldSetValue", setRefused)) {
+  if (checkObject<Field>(field, "vxAPI: VXFieldSetValue", setRefused) &&
+      checkArgument(value != nullptr, "VXFieldSetValue", "Invalid value pointer passed. Ignoring call.")) {
     field->setStringValue(value);
   }
 }
@@ -60,8 +60,8 @@ int _VXFieldGetValue(Field* field, char* value, int size) {
   const TraceFrame trace("source/vxAPI:_VXFieldGetValue()");
   const CallLabel label("VXFieldGetValue");
   if (!checkArgument(value != nullptr, label, "Invalid value pointer passed. Ignoring call.")) return 0;
-  if (!checkArgument(size >= 0, label, "Invalid size passed. Ignoring call.")) return 0;
   if (!checkObject<Field>(field, "vxAPI: VXFieldGetValue", getRefused)) return 0;
+  if (!checkArgument(size >= 0, label, "Invalid size passed. Ignoring call.")) return 0;
   const std::string text = field->getStringValue();
   std::strncpy(value, text.c_str(), static_cast<std::size_t>(size));
   return static_cast<int>(std::min<std::size_t>(text.size(), INT_MAX - 1)) + 1;
@@ -116,8 +116,8 @@ void _VXFieldSetIntValue64(Field* field, VXint64 value) {
 
 VXint64 _VXFieldGetIntValue64(Field* field) {
   const TraceFrame trace("source/vxAPI:_VXFieldGetIntValue64()");
-  auto* const numberField = checkedObject<IntField>(field, "vxAPI: VXFieldGetIntValue64",
-                                                    "Integer field pointer is invalid. Returning 0.");
+  auto* const numberField =
+      checkedObject<IntField>(field, "vxAPI: VXFieldGetIntValue64", "Integer field pointer is invalid. Returning 0.");
   return numberField ? numberField->getIntValue() : 0;
 }
 
@@ -143,8 +143,7 @@ void _VXFieldSetEnumValue(Field* field, int val) {
   auto* const enumField = checkedObject<EnumField>(field, label, enumSetRefused);
   if (!enumField) return;
   if (val < 0 || static_cast<unsigned int>(val) >= enumField->getEnumNum()) {
-    vx::report(VX_ERROR, label, VX_BAD_INDEX,
-               "Enum index is out of range [0, 2^32-1] and therefore. Call is ignored.");
+    vx::report(VX_ERROR, label, VX_BAD_INDEX, "Enum index is out of range [0, 2^32-1] and therefore. Call is ignored.");
     return;
   }
   enumField->setEnumValue(val);
@@ -158,15 +157,15 @@ int _VXFieldGetNumEnums(Field* field) {
 
 const char* _VXFieldGetEnumName(Field* field, int i, int* value) {
   const TraceFrame trace("source/vxAPI:_VXFieldGetEnumName()");
-  if (!checkArgument(value != nullptr, "VXFieldGetEnumName",
-                     "Invalid value pointer passed. Ignoring call and returning an empty string.")) {
-    return "";
-  }
-  *value = -1;
+  if (value) *value = -1;
   auto* const enumField =
       checkedObject<EnumField>(field, "vxAPI: VXFieldGetEnumName",
                                "Enum field pointer is invalid. *valud is set to -1 and empty string is returned.");
   if (!enumField) return "";
+  if (!checkArgument(value != nullptr, "VXFieldGetEnumName",
+                     "Invalid value pointer passed. Ignoring call and returning an empty string.")) {
+    return "";
+  }
   *value = i;
   return enumField->getItemText(static_cast<unsigned int>(i));
 }

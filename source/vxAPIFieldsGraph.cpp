@@ -9,8 +9,8 @@
 
 namespace {
 
-using vx::CallLabel;
 using vx::callFramed;
+using vx::CallLabel;
 using vx::checkArgument;
 using vx::checkedObject;
 using vx::checkObject;
@@ -105,8 +105,9 @@ FieldSensor* _VXCreateFieldSensor(void* userData, VXFieldSensorCB callback) {
   }
   auto* const sensor = new (std::nothrow) FieldSensor(callback, userData);
   if (!sensor) {
-    vx::report(VX_FATAL, label, VX_NO_MEMORY,
-               "Sensor creation failed. Maybe the system ran out ofmemory. Returning NULL instead of a sensor pointer.");
+    vx::report(
+        VX_FATAL, label, VX_NO_MEMORY,
+        "Sensor creation failed. Maybe the system ran out ofmemory. Returning NULL instead of a sensor pointer.");
   }
   return sensor;
 }

@@ -11,8 +11,8 @@ namespace {
 
 using vx::Base;
 using vx::BaseField;
-using vx::CallLabel;
 using vx::callFramed;
+using vx::CallLabel;
 using vx::checkedObject;
 using vx::DicomTagList;
 using vx::DicomTagListField;
@@ -94,11 +94,9 @@ char* _VXBaseFieldGetPersistentState(Field* baseField) {
 
 void _VXBaseFieldSetPersistentState(Field* baseField, const char* state) {
   const TraceFrame trace("source/vxAPI:_VXBaseFieldSetPersistentState()");
-  if (!vx::checkArgument(state != nullptr, "VXBaseFieldSetPersistentState",
-                         "Invalid state pointer passed. Ignoring call.")) {
-    return;
-  }
-  if (Base* const object = objectOf(baseField, "vxAPI: VXBaseFieldSetPersistentState", setRefused)) {
+  Base* const object = objectOf(baseField, "vxAPI: VXBaseFieldSetPersistentState", setRefused);
+  if (object && vx::checkArgument(state != nullptr, "VXBaseFieldSetPersistentState",
+                                  "Invalid state pointer passed. Ignoring call.")) {
     object->setPersistentState(state);
   }
 }

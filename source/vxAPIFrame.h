@@ -231,8 +231,7 @@ template <class MakeLabel, class Call>
 bool guardModuleLife(const char* reason, MakeLabel&& makeLabel, Call&& call, const char* file = __builtin_FILE(),
                      int line = __builtin_LINE()) {
   const auto reportCode = [&](VXErrorCode code) {
-    withComposedLabel(makeLabel, file, line,
-                      [&](const CallLabel& label) { report(VX_FATAL, label, code, reason); });
+    withComposedLabel(makeLabel, file, line, [&](const CallLabel& label) { report(VX_FATAL, label, code, reason); });
     return false;
   };
   if (!VXIsExceptionHandlingEnabled()) {

@@ -12,8 +12,8 @@
 namespace {
 
 using vx::BaseOp;
-using vx::CallLabel;
 using vx::callFramed;
+using vx::CallLabel;
 using vx::checkArgument;
 using vx::Field;
 using vx::isEmptyText;
@@ -85,8 +85,7 @@ Field* _VXModuleGetField(BaseOp* baseOp, const char* name) {
 
 int _VXModuleGetNumFields(BaseOp* baseOp) {
   const TraceFrame trace("source/vxAPI:_VXModuleGetNumFields()");
-  if (!checkArgument(baseOp != nullptr, "vxAPI: VXModuleGetNumFields",
-                     "Invalid baseOp pointer passed. Returning 0.")) {
+  if (!checkArgument(baseOp != nullptr, "vxAPI: VXModuleGetNumFields", "Invalid baseOp pointer passed. Returning 0.")) {
     return 0;
   }
   return static_cast<int>(baseOp->getFieldContainer()->getSize());

@@ -9,8 +9,8 @@
 namespace {
 
 using vx::Base;
-using vx::CallLabel;
 using vx::callFramed;
+using vx::CallLabel;
 using vx::checkArgument;
 using vx::isEmptyText;
 using vx::Runtime;
