@@ -34,13 +34,13 @@ VXErrorCode getOutputParams(Field* outField, BaseOp** baseOp, int* outIndex, Pag
   const OutputConnector* const output =
       _VXGetOutput(outField, "vxAPI: _VXGetOutputParams", "Invalid outField pointer or type. ");
   if (!output) return VX_BAD_FIELD;
-  return withRecursionGuard(
-      "_VXGetOutputParams", "Terminating/breaking recursion. Not returning image type.", [=]() -> VXErrorCode {
-        *img = &output->getPagedImg();
-        *baseOp = &output->getOp();
-        *outIndex = static_cast<int>(output->getIndex());
-        return Host::getDefaultHost().updateImageProps(**baseOp, *outIndex);
-      });
+  return withRecursionGuard("_VXGetOutputParams", "Terminating/breaking recursion. Not returning image type.",
+                            [=]() -> VXErrorCode {
+                              *img = &output->getPagedImg();
+                              *baseOp = &output->getOp();
+                              *outIndex = static_cast<int>(output->getIndex());
+                              return Host::getDefaultHost().updateImageProps(**baseOp, *outIndex);
+                            });
 }
 
 }  // namespace
@@ -180,8 +180,7 @@ VXErrorCode _VXImageGetFirstImagePropertyExtensionByType(Field* outField, const 
 VXErrorCode _VXImageGetDicomTagList(Field* outField, const DicomTagList** tagList) {
   const TraceFrame trace("source/vxAPI:_VXImageGetDicomTagList()");
   if (tagList) *tagList = nullptr;
-  if (!isOutput(outField,
-                "Invalid outField pointer or type. Setting *tagList to NULL and returning VX_BAD_FIELD.")) {
+  if (!isOutput(outField, "Invalid outField pointer or type. Setting *tagList to NULL and returning VX_BAD_FIELD.")) {
     return VX_BAD_FIELD;
   }
   if (!checkArgument(tagList != nullptr, "VXImageGetDicomTagList",
@@ -235,8 +234,8 @@ VXErrorCode VXImageGetVoxelSize(VXField* outField, float* x, float* y, float* z)
                     outField, x, y, z);
 }
 
-VXErrorCode VXImageGetFirstImagePropertyExtensionByType(
-    VXField* outField, const char* imagePropertyTypeClassName, const VXImagePropertyExtension** imagePropertyExtension) {
+VXErrorCode VXImageGetFirstImagePropertyExtensionByType(VXField* outField, const char* imagePropertyTypeClassName,
+                                                        const VXImagePropertyExtension** imagePropertyExtension) {
   return callFramed(
       "vxAPI:_VXImageGetFirstImagePropertyExtensionByType(outField, imagePropertyTypeClassName, "
       "imagePropertyExtension)",

@@ -7,8 +7,8 @@
 
 namespace {
 
-using vx::CallLabel;
 using vx::callFramed;
+using vx::CallLabel;
 using vx::Field;
 using vx::PagedImg;
 using vx::TraceFrame;
@@ -54,9 +54,8 @@ VXErrorCode readSize(Field* outField, unsigned int* numBytes, const CallLabel& o
     return VX_BAD_PARAMETER;
   }
   *numBytes = 0;
-  const PagedImg* const img =
-      imageOf(outField, objectLabel,
-              "Invalid outField pointer or type. Setting *numBytes to 0 and returning VX_BAD_FIELD.");
+  const PagedImg* const img = imageOf(
+      outField, objectLabel, "Invalid outField pointer or type. Setting *numBytes to 0 and returning VX_BAD_FIELD.");
   if (!img) return VX_BAD_FIELD;
   *numBytes = numBytesOf(*img);
   return VX_RESULT_OK;

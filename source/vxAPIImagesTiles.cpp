@@ -13,8 +13,8 @@
 
 namespace {
 
-using vx::CallLabel;
 using vx::callFramed;
+using vx::CallLabel;
 using vx::checkArgument;
 using vx::Field;
 using vx::Host;
@@ -55,8 +55,7 @@ VXErrorCode _VXImageGetMinValue(Field* outField, double* minValue) {
   return readGuarded(outField, minValue != nullptr,
                      {"vxAPI: VXImageGetMinValue",
                       "Invalid outField pointer or type. Setting *minValue to 0 and returning VX_BAD_FIELD.",
-                      "VXImageGetMinValue",
-                      "Invalid minValue pointer. Ignoring call and returning VX_BAD_PARAMETER.",
+                      "VXImageGetMinValue", "Invalid minValue pointer. Ignoring call and returning VX_BAD_PARAMETER.",
                       "Terminating/breaking recursion. Returning 0 as minValue."},
                      [=](const PagedImg& img) { *minValue = img.getMinVoxelValue(); });
 }
@@ -67,8 +66,7 @@ VXErrorCode _VXImageGetMaxValue(Field* outField, double* maxValue) {
   return readGuarded(outField, maxValue != nullptr,
                      {"vxAPI: VXImageGetMaxValue",
                       "Invalid outField pointer or type. Setting *maxValue to 0 and returning VX_BAD_FIELD.",
-                      "VXImageGetMaxValue",
-                      "Invalid maxValue pointer. Ignoring call and returning VX_BAD_PARAMETER.",
+                      "VXImageGetMaxValue", "Invalid maxValue pointer. Ignoring call and returning VX_BAD_PARAMETER.",
                       "Terminating/breaking recursion. Returning 0 as maxValue."},
                      [=](const PagedImg& img) { *maxValue = img.getMaxVoxelValue(); });
 }
@@ -218,14 +216,14 @@ VXErrorCode VXImageGetWorldToVoxelMatrix(VXField* outField, float* mat) {
 
 VXErrorCode VXImageMapVoxelToWorld(VXField* outField, float srcX, float srcY, float srcZ, float* dstX, float* dstY,
                                    float* dstZ) {
-  return callFramed("vxAPI:_VXImageMapVoxelToWorld(outField, srcX, srcY, srcZ, dstX, dstY, dstZ)",
-                    vx::returnsErrorCode, _VXImageMapVoxelToWorld, outField, srcX, srcY, srcZ, dstX, dstY, dstZ);
+  return callFramed("vxAPI:_VXImageMapVoxelToWorld(outField, srcX, srcY, srcZ, dstX, dstY, dstZ)", vx::returnsErrorCode,
+                    _VXImageMapVoxelToWorld, outField, srcX, srcY, srcZ, dstX, dstY, dstZ);
 }
 
 VXErrorCode VXImageMapWorldToVoxel(VXField* outField, float srcX, float srcY, float srcZ, float* dstX, float* dstY,
                                    float* dstZ) {
-  return callFramed("vxAPI:_VXImageMapWorldToVoxel(outField, srcX, srcY, srcZ, dstX, dstY, dstZ)",
-                    vx::returnsErrorCode, _VXImageMapWorldToVoxel, outField, srcX, srcY, srcZ, dstX, dstY, dstZ);
+  return callFramed("vxAPI:_VXImageMapWorldToVoxel(outField, srcX, srcY, srcZ, dstX, dstY, dstZ)", vx::returnsErrorCode,
+                    _VXImageMapWorldToVoxel, outField, srcX, srcY, srcZ, dstX, dstY, dstZ);
 }
 
 VXErrorCode VXImageGetTile6D(VXField* outField, void** memory, int x, int y, int z, int c, int t, int u, int nx, int ny,

@@ -10,8 +10,8 @@
 namespace {
 
 using vx::Cache;
-using vx::CallLabel;
 using vx::callFramed;
+using vx::CallLabel;
 using vx::Host;
 using vx::State;
 using vx::TraceFrame;
