@@ -221,15 +221,14 @@ TEST_F(CAPISensorsTest, ASensorThatIsDeletedHearsNothing) {
 TEST_F(CAPISensorsTest, ASensorWithoutACallbackIsReportedAndMade) {
   VXFieldSensor* const sensor = VXCreateFieldSensor(&log, nullptr);
   ASSERT_NE(sensor, nullptr);
-  expectRefusal(2, "vxAPI: VXCreateFieldSensor",
-                "Invalid callback pointer passed. Creating sensor without callback.");
+  expectRefusal(2, "vxAPI: VXCreateFieldSensor", "Invalid callback pointer passed. Creating sensor without callback.");
   VXDeleteFieldSensor(sensor);
   expectSilence();
 }
 
 TEST_F(CAPISensorsTest, ACallbackCannotDeleteItsOwnSensor) {
-  VXFieldSensor* const sensor = VXCreateFieldSensor(
-      nullptr, [](void*, void* self) { VXDeleteFieldSensor(static_cast<VXFieldSensor*>(self)); });
+  VXFieldSensor* const sensor =
+      VXCreateFieldSensor(nullptr, [](void*, void* self) { VXDeleteFieldSensor(static_cast<VXFieldSensor*>(self)); });
   VXFieldSensorAttach(sensor, name);
   VXFieldTouch(name);
   expectRefusal(14, "vxAPI: VXDeleteFieldSensor", "A sensor can't be deleted by its own callback. Ignoring call.");

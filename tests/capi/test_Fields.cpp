@@ -25,8 +25,9 @@ class CAPIFieldsTest : public CAPITest {
     UnregisteredField unregistered;
     call(&unregistered);
     expectRefusal(39, label,
-                  reason + " The field seems to be uninitialized, maybeclass::initClass() code is not called on code "
-                           "initialization.");
+                  reason +
+                      " The field seems to be uninitialized, maybeclass::initClass() code is not called on code "
+                      "initialization.");
     if (!className) return;
     call(field("BoolField"));
     expectRefusal(29, label,
@@ -71,8 +72,8 @@ TEST_F(CAPIFieldsTest, AValueIsCopiedAsStrncpyDoes) {
     const char* expected;
   };
   // Tildes are what was in the buffer.
-  for (const Case& c : {Case{0, "~~~~~~~~"}, Case{3, "fou~~~~~"}, Case{4, "four~~~~"}, Case{5, "four\0~~~"},
-                        Case{8, "four\0\0\0\0"}}) {
+  for (const Case& c :
+       {Case{0, "~~~~~~~~"}, Case{3, "fou~~~~~"}, Case{4, "four~~~~"}, Case{5, "four\0~~~"}, Case{8, "four\0\0\0\0"}}) {
     std::memset(buffer, '~', sizeof buffer);
     EXPECT_EQ(VXFieldGetValue(field("StringField"), buffer, c.size), 5) << "the full length plus 1";
     EXPECT_EQ(std::memcmp(buffer, c.expected, sizeof buffer), 0) << c.size;
@@ -204,8 +205,7 @@ TEST_F(CAPIFieldsTest, BadFieldsAreRefusedAsChoices) {
   EXPECT_STREQ(VXFieldGetEnumName(nullptr, 0, nullptr), "");
   expectRefusal(7, "vxAPI: VXFieldGetEnumName", nameReason);
   EXPECT_STREQ(VXFieldGetEnumName(field("EnumField"), 0, nullptr), "");
-  expectRefusal(19, "VXFieldGetEnumName",
-                "Invalid value pointer passed. Ignoring call and returning an empty string.");
+  expectRefusal(19, "VXFieldGetEnumName", "Invalid value pointer passed. Ignoring call and returning an empty string.");
 }
 
 TEST_F(CAPIFieldsTest, ATouchNotifiesInFullStrength) {

@@ -37,11 +37,11 @@ TEST_F(CAPIModulesTest, AnAbstractOrUnknownClassGivesNullWithoutAMessage) {
 
 TEST_F(CAPIModulesTest, AConstructorThatThrowsIsReported) {
   EXPECT_EQ(VXCreateModuleFromName("CodeThrower"), nullptr);
-  expectMessages({{VX_FATAL, 7, "vxAPI: Creation of module 'CodeThrower' failed.",
-                   "Continuing after module creation failure."}});
+  expectMessages(
+      {{VX_FATAL, 7, "vxAPI: Creation of module 'CodeThrower' failed.", "Continuing after module creation failure."}});
   EXPECT_EQ(VXCreateModuleFromName("TextThrower"), nullptr);
-  expectMessages({{VX_FATAL, 1, "vxAPI: Creation of module 'TextThrower' failed.",
-                   "Continuing after module creation failure."}});
+  expectMessages(
+      {{VX_FATAL, 1, "vxAPI: Creation of module 'TextThrower' failed.", "Continuing after module creation failure."}});
   EXPECT_EQ(VXCreateModuleFromType(VXTypeFromName("CodeThrower")), nullptr);
   expectMessages({{VX_FATAL, 1, "vxAPI:_VXCreateModuleFromType(type)", frameReason("Returning NULL.")}});
 }
@@ -139,8 +139,7 @@ TEST_F(CAPIModulesTest, AModuleThatFailsToLoadIsReportedAndTheCallGoesOn) {
       VXBeginLoadFields(module.get());
       VXEndLoadFields(module.get());
       const Messages taken = messages.take();
-      EXPECT_EQ(taken, (Messages{{VX_FATAL, failure.code,
-                                  "BaseOp::deactivateAttachments() of module PassModule(mine)",
+      EXPECT_EQ(taken, (Messages{{VX_FATAL, failure.code, "BaseOp::deactivateAttachments() of module PassModule(mine)",
                                   "Continuing after broken deactivateAttachments call."},
                                  {VX_FATAL, failure.code, "BaseOp::activateAttachments() of module PassModule(mine)",
                                   "Continuing after broken activateAttachments call."}}));
