@@ -67,6 +67,7 @@ VXErrorCode VXUnLoadLibrary(const char* name, void* handle, char** errorText, in
                          "Invalid name passed. Returning VX_BAD_PARAMETER.")) {
     return VX_BAD_PARAMETER;
   }
+  if (!vx::checkNotProcessing("vxAPI: VXUnLoadLibrary", VX_LIBRARY_IN_USE)) return VX_LIBRARY_IN_USE;
   const long long numInstances = vx::Runtime::getNumInstancesDependentOnDll(name);
   if (numInstances < 0) return VX_BAD_PARAMETER;
   if (numInstances > 0 && !force) return VX_LIBRARY_IN_USE;

@@ -106,6 +106,7 @@ TEST_F(StateTest, APushGivesNewMessagesNotificationAndHost) {
   EXPECT_EQ(notified, 1);
   VXRemoveNotifyCB(handle);
   VXErrorOutput.setFullDebuggingOn(false);
+  VXErrorOutput.sendMessagesToCout(false);
   VXCacheSetMaxSizeKB(50000);
   VXFieldGetName(nullptr);
   EXPECT_EQ(messages.take().size(), 1U) << "the message callback is back";
