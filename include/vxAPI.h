@@ -451,7 +451,8 @@ VX_C_API VXErrorCode VXGetMemoryImgSize(VXField* outField, unsigned int* numByte
 ///        address lets the library allocate a buffer, which the caller gives back by VXImageFreeTile(); another one is
 ///        that of a buffer of the caller's with room for the whole box, x fastest and u slowest.
 /// \param x,y,z,c,t,u the first voxel. \param nx,ny,nz,nc,nt,nu extent of the box; one below 1 makes it empty.
-/// \param datatype voxel type of the tile; voxels are converted. \return an error code.
+/// \param datatype voxel type of the tile; voxels are converted. One that isn't valid is refused. \return an error
+/// code.
 VX_C_API VXErrorCode VXImageGetTile6D(VXField* outField, void** memory, int x, int y, int z, int c, int t, int u,
                                       int nx, int ny, int nz, int nc, int nt, int nu, VXDataType datatype);
 /// As VXImageGetTile6D(), at t = u = 0 with an extent of 1 there.

@@ -158,8 +158,11 @@ VXErrorCode getTile(Field* outField, void** memory, const Tile& tile, const Scal
                     CallLabel objectLabel, const char* objectReason, CallLabel label) {
   const OutputConnector* const output = vx::_VXGetOutput(outField, objectLabel, objectReason);
   if (!output) return VX_BAD_FIELD;
+  // The type says how many bytes are written.
   if (!checkArgument(memory != nullptr, label,
-                     "Invalid memory pointer. Ignoring call and returning VX_BAD_PARAMETER.")) {
+                     "Invalid memory pointer. Ignoring call and returning VX_BAD_PARAMETER.") ||
+      !checkArgument(VXIsValidType(tile.datatype) != 0, label,
+                     "Invalid datatype. Ignoring call and returning VX_BAD_PARAMETER.")) {
     return VX_BAD_PARAMETER;
   }
   return vx::withRecursionGuard(label, "Terminating/breaking recursion.", [&] {

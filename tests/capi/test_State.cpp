@@ -80,8 +80,8 @@ TEST_F(StateTest, APushGivesNewMessagesNotificationAndHost) {
   VXErrorOutput.sendMessagesToCout(true);
   VXErrorOutput.setFullDebuggingOn(true);
   int notified = 0;
-  const VXCallbackHandle handle = VXAddNotifyCB(
-      [](void* userData, unsigned int, void*, void*) { ++*static_cast<int*>(userData); }, &notified, ~0U);
+  const VXCallbackHandle handle =
+      VXAddNotifyCB([](void* userData, unsigned int, void*, void*) { ++*static_cast<int*>(userData); }, &notified, ~0U);
   VXCacheSetMaxSizeKB(77);
   notified = 0;
 
@@ -113,10 +113,9 @@ TEST_F(StateTest, APushGivesNewMessagesNotificationAndHost) {
 }
 
 TEST_F(StateTest, APushKeepsTheRestAndAPopRestoresIt) {
-  const VXApplicationProperties properties = {[](void*, const char*) -> const char* { return "text"; },
-                                              [](void*, const char*) { return 1; },
-                                              [](void*, const char*) { return 2.0; },
-                                              [](void*, const char*) { return 0; }, this};
+  const VXApplicationProperties properties = {
+      [](void*, const char*) -> const char* { return "text"; }, [](void*, const char*) { return 1; },
+      [](void*, const char*) { return 2.0; }, [](void*, const char*) { return 0; }, this};
   const VXEventFilterApplicationHookCB filter = [](void*, void*) { return 0; };
   VXSetApplicationPropertiesHook(&properties);
   VXSetEventFilterApplicationHook(filter, &messages);
@@ -257,10 +256,10 @@ TEST_F(StateTest, AStateIsPrintedOneValueALine) {
 
 TEST_F(StateTest, CopiesAreForbidden) {
   StateAccess::copy();
-  expectMessages({{VX_FATAL, 14, "State::State(const State &)",
-                   "Invalid use of copy constructor of State, not copying anything."},
-                  {VX_FATAL, 14, "State& State::operator=(const State &)",
-                   "Invalid use of assignment operator of State, not assigning anything."}});
+  expectMessages(
+      {{VX_FATAL, 14, "State::State(const State &)", "Invalid use of copy constructor of State, not copying anything."},
+       {VX_FATAL, 14, "State& State::operator=(const State &)",
+        "Invalid use of assignment operator of State, not assigning anything."}});
 }
 
 }  // namespace
