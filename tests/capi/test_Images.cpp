@@ -72,8 +72,8 @@ TEST_F(CAPIImagesTest, ABadImageHasExtentZero) {
     SizeFunction function;
     const char* label;
   };
-  for (const Function& f : {Function{&VXImageGetSize6D, "VXImageGetSize6D"},
-                            Function{&VXImageGetPageSize6D, "VXImageGetPageSize6D"}}) {
+  for (const Function& f :
+       {Function{&VXImageGetSize6D, "VXImageGetSize6D"}, Function{&VXImageGetPageSize6D, "VXImageGetPageSize6D"}}) {
     Size size = {1, 2, 3, 4, 5, 6};
     EXPECT_EQ(call(f.function, nullptr, size), 7);
     EXPECT_EQ(size, (Size{}));
@@ -89,7 +89,8 @@ TEST_F(CAPIImagesTest, ABadImageHasExtentZero) {
     for (int missing = 0; missing < 6; ++missing) {
       size = {1, 2, 3, 4, 5, 6};
       std::array<int*, 6> p{};
-      for (int i = 0; i < 6; ++i) p[static_cast<std::size_t>(i)] = i == missing ? nullptr : &size[static_cast<std::size_t>(i)];
+      for (int i = 0; i < 6; ++i)
+        p[static_cast<std::size_t>(i)] = i == missing ? nullptr : &size[static_cast<std::size_t>(i)];
       EXPECT_EQ(f.function(out, p[0], p[1], p[2], p[3], p[4], p[5]), 19);
       EXPECT_EQ(size, (Size{1, 2, 3, 4, 5, 6})) << "nothing is written";
       expectRefusal(19, f.label, "Invalid x,y,z,c,t or u pointer. Ignoring call and returning VX_BAD_PARAMETER.");
@@ -258,8 +259,7 @@ TEST_F(CAPIImagesTest, ABadImageLeavesTheDestinations) {
   using Function = VXErrorCode (*)(Field*, float, float, float, float*, float*, float*);
   constexpr char reason[] =
       "Invalid outField pointer or type. Leaving *dstX, *dstY and *dstZ unchanged and returning VX_BAD_FIELD.";
-  constexpr char pointerReason[] =
-      "Invalid dstX,dstY or dstZ pointer. Ignoring call and returning VX_BAD_PARAMETER.";
+  constexpr char pointerReason[] = "Invalid dstX,dstY or dstZ pointer. Ignoring call and returning VX_BAD_PARAMETER.";
   struct Case {
     Function function;
     std::string name;
@@ -354,8 +354,7 @@ TEST_F(CAPIImagesTest, TheTagListIsTold) {
   EXPECT_EQ(VXImageGetDicomTagList(nullptr, nullptr), 7);
   expectRefusal(7, "vxAPI: VXImageGetDicomTagList", reason);
   EXPECT_EQ(VXImageGetDicomTagList(out, nullptr), 19);
-  expectRefusal(19, "VXImageGetDicomTagList",
-                "Invalid tagList pointer. Ignoring call and returning VX_BAD_PARAMETER.");
+  expectRefusal(19, "VXImageGetDicomTagList", "Invalid tagList pointer. Ignoring call and returning VX_BAD_PARAMETER.");
   source->getOutImg(0)->setDicomTagList(nullptr);
 }
 
@@ -421,9 +420,9 @@ TEST_F(CAPIImagesTest, ABadFieldHasNoMemory) {
     Clear clear;
     const char* label;
   };
-  for (const ClearCase& c : {ClearCase{&VXClearPages, "vxAPI: VXClearPages"},
-                             ClearCase{&VXClearMemoryImg, "vxAPI: VXClearMemoryImg"},
-                             ClearCase{&VXClearPagesAndMemoryImg, "vxAPI: VXClearPagesAndMemoryImg"}}) {
+  for (const ClearCase& c :
+       {ClearCase{&VXClearPages, "vxAPI: VXClearPages"}, ClearCase{&VXClearMemoryImg, "vxAPI: VXClearMemoryImg"},
+        ClearCase{&VXClearPagesAndMemoryImg, "vxAPI: VXClearPagesAndMemoryImg"}}) {
     constexpr char reason[] = "Invalid outField pointer or type. Ignoring call and returning BAD_FIELD.";
     EXPECT_EQ(c.clear(nullptr), 7);
     expectRefusal(7, c.label, reason);
@@ -434,8 +433,8 @@ TEST_F(CAPIImagesTest, ABadFieldHasNoMemory) {
     VXErrorCode (*size)(Field*, unsigned int*);
     std::string name;
   };
-  for (const SizeCase& c : {SizeCase{&VXGetPageMemorySize, "VXGetPageMemorySize"},
-                            SizeCase{&VXGetMemoryImgSize, "VXGetMemoryImgSize"}}) {
+  for (const SizeCase& c :
+       {SizeCase{&VXGetPageMemorySize, "VXGetPageMemorySize"}, SizeCase{&VXGetMemoryImgSize, "VXGetMemoryImgSize"}}) {
     unsigned int bytes = 7;
     EXPECT_EQ(c.size(nullptr, &bytes), 7);
     EXPECT_EQ(bytes, 0U);

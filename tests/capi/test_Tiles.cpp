@@ -76,7 +76,9 @@ TEST_F(CAPITilesTest, VoxelsAreConverted) {
 TEST_F(CAPITilesTest, VoxelsAreScaled) {
   // 2 to 4 becomes 10 to 30, limits in either order.
   const std::function<VXErrorCode(void**)> requests[] = {
-      [&](void** m) { return VXImageGetScaledTile6D(out, m, 2, 0, 0, 0, 0, 0, 3, 1, 1, 1, 1, 1, VXdoubleType, 2, 4, 10, 30); },
+      [&](void** m) {
+        return VXImageGetScaledTile6D(out, m, 2, 0, 0, 0, 0, 0, 3, 1, 1, 1, 1, 1, VXdoubleType, 2, 4, 10, 30);
+      },
       [&](void** m) { return VXImageGetScaledTile4D(out, m, 2, 0, 0, 0, 3, 1, 1, 1, VXdoubleType, 4, 2, 10, 30); },
       [&](void** m) { return VXImageGetScaledTile3D(out, m, 2, 0, 0, 3, 1, 1, VXdoubleType, 2, 4, 30, 10); },
       [&](void** m) { return VXImageGetScaledTile(out, m, 2, 0, 0, 3, 1, 1, VXdoubleType, 2, 4, 10, 30); },
@@ -131,8 +133,7 @@ TEST_F(CAPITilesTest, ABoxOutsideOfTheImageWritesNothing) {
 
 TEST_F(CAPITilesTest, ATileThatIsTooLargeIsOutOfMemory) {
   void* memory = nullptr;
-  EXPECT_EQ(VXImageGetTile6D(out, &memory, 0, 0, 0, 0, 0, 0, INT_MAX, INT_MAX, INT_MAX, INT_MAX, 1, 1, VXint32Type),
-            2);
+  EXPECT_EQ(VXImageGetTile6D(out, &memory, 0, 0, 0, 0, 0, 0, INT_MAX, INT_MAX, INT_MAX, INT_MAX, 1, 1, VXint32Type), 2);
   EXPECT_EQ(memory, nullptr);
 }
 
@@ -208,8 +209,7 @@ TEST_F(CAPITilesTest, BadArgumentsAreRefused) {
   EXPECT_EQ(VXImageGetScaledTile3D(name, &memory, 0, 0, 0, 1, 1, 1, VXint32Type, 0, 1, 0, 1), 7);
   expectRefusal(29, "vxAPI: VXImageGetScaledTile6D", scaledReason + suffix);
   EXPECT_EQ(VXImageGetScaledTile3D(out, nullptr, 0, 0, 0, 1, 1, 1, VXint32Type, 0, 1, 0, 1), 19);
-  expectRefusal(19, "VXImageGetScaledTile6D",
-                "Invalid memory pointer. Ignoring call and returning VX_BAD_PARAMETER.");
+  expectRefusal(19, "VXImageGetScaledTile6D", "Invalid memory pointer. Ignoring call and returning VX_BAD_PARAMETER.");
   EXPECT_EQ(voxel, -1);
 }
 
