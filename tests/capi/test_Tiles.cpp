@@ -284,6 +284,7 @@ TEST_F(CAPITilesTest, WhatWouldFreeTheCalculationIsRefusedMeanwhile) {
     VXint32 voxel = -1;
     void* memory = &voxel;
     EXPECT_EQ(VXImageGetTile3D(out, &memory, 3, 0, 0, 1, 1, 1, VXint32Type), 0);
+    modulePlace = nullptr;
     EXPECT_EQ(voxel, 3);
     EXPECT_GT(count, 0) << place;
     constexpr char reason[] =
