@@ -128,8 +128,13 @@ VX_C_API VXErrorCode VXLoadLibraryWOErrorExt(const char* name, void** handle);
 /// As VXLoadLibraryWOErrorExt(), without the handle.
 VX_C_API VXErrorCode VXLoadLibraryWOError(const char* name);
 
-/// Loads a library and reports an error if that fails. \return 1 on success, else 0.
+/// Loads a library and reports an error if that fails; why it failed stands in that message. \return 1 on success, else
+///         0.
 VX_C_API int VXLoadLibrary(const char* name);
+
+/// \return why the last load failed, file by file, "" after success; good until the next load. A file that is no whole
+///         library of this system is never given to the system's loader.
+VX_C_API const char* VXGetLoadLibraryErrorText(void);
 
 /// Unloads a library and removes its types.
 /// \param name as it was loaded; null or empty is refused with an error, ::VX_BAD_PARAMETER.

@@ -58,7 +58,9 @@ Argument<T> any(T value) {
   return {[value](World&) { return value; }};
 }
 
-inline Argument<VXFieldSensorCB> keptCallback() { return any<VXFieldSensorCB>([](void*, void*) {}); }
+inline Argument<VXFieldSensorCB> keptCallback() {
+  return any<VXFieldSensorCB>([](void*, void*) {});
+}
 inline Argument<void*> keptProgressData() {
   return {[](World&) { return Host::getDefaultHost().getProgressCBUserData(); }};
 }
@@ -77,7 +79,8 @@ inline Argument<VXBreakCheckCB> keptBreakCheck() {
 /// A name: null and empty are refused.
 inline Argument<const char*> name(const char* good, std::string reason, std::string label = {}) {
   const Refusal refusal{VX_BAD_PARAMETER, std::move(reason), std::move(label)};
-  return {[good](World&) { return good; }, [refusal](World&) -> std::vector<Bad<const char*>> {
+  return {[good](World&) { return good; },
+          [refusal](World&) -> std::vector<Bad<const char*>> {
             return {{nullptr, refusal}, {"", refusal}};
           }};
 }
@@ -86,14 +89,17 @@ inline Argument<const char*> name(const char* good, std::string reason, std::str
 inline Argument<const char*> text(const char* good, std::string reason, std::string label = {}) {
   const Refusal refusal{VX_BAD_PARAMETER, std::move(reason), std::move(label), true};
   return {[good](World&) { return good; },
-          [refusal](World&) -> std::vector<Bad<const char*>> { return {{nullptr, refusal}}; }};
+          [refusal](World&) -> std::vector<Bad<const char*>> {
+            return {{nullptr, refusal}};
+          }};
 }
 
 /// A number with bad values.
 inline Argument<int> number(int good, std::initializer_list<int> bad, std::string reason, std::string label = {},
                             VXErrorCode code = VX_BAD_PARAMETER) {
   const Refusal refusal{code, std::move(reason), std::move(label)};
-  return {[good](World&) { return good; }, [refusal, values = std::vector<int>(bad)](World&) {
+  return {[good](World&) { return good; },
+          [refusal, values = std::vector<int>(bad)](World&) {
             std::vector<Bad<int>> list;
             for (const int value : values) list.push_back({value, refusal});
             return list;
@@ -107,7 +113,8 @@ inline Argument<int> index(int good, std::initializer_list<int> bad, std::string
 inline Argument<VXDataType> datatype(std::string label = {}) {
   const Refusal refusal{VX_BAD_PARAMETER, "Invalid datatype. Ignoring call and returning VX_BAD_PARAMETER.",
                         std::move(label), true};
-  return {[](World&) { return VXDataType{VXint32Type}; }, [refusal](World&) -> std::vector<Bad<VXDataType>> {
+  return {[](World&) { return VXDataType{VXint32Type}; },
+          [refusal](World&) -> std::vector<Bad<VXDataType>> {
             return {{-1, refusal}, {12345, refusal}};
           }};
 }
@@ -119,7 +126,9 @@ template <class T>
 Argument<T*> output(std::string reason, std::string label = {}) {
   const Refusal refusal{VX_BAD_PARAMETER, std::move(reason), std::move(label), true};
   return {[](World& world) { return static_cast<T*>(world.outputPlace()); },
-          [refusal](World&) -> std::vector<Bad<T*>> { return {{nullptr, refusal}}; }};
+          [refusal](World&) -> std::vector<Bad<T*>> {
+            return {{nullptr, refusal}};
+          }};
 }
 
 /// The address of a tile's address: null is refused.
@@ -127,16 +136,21 @@ inline Argument<void**> memory(std::string label = {}) {
   const Refusal refusal{VX_BAD_PARAMETER, "Invalid memory pointer. Ignoring call and returning VX_BAD_PARAMETER.",
                         std::move(label), true};
   return {[](World& world) { return world.tileMemory(); },
-          [refusal](World&) -> std::vector<Bad<void**>> { return {{nullptr, refusal}}; }};
+          [refusal](World&) -> std::vector<Bad<void**>> {
+            return {{nullptr, refusal}};
+          }};
 }
 
-// Handles that only null is refused for ---------------------------------------------------------------------------------
+// Handles that only null is refused for
+// ---------------------------------------------------------------------------------
 
 template <class T>
 Argument<T> handle(T (World::*good)(), std::string reason, std::string label = {}) {
   const Refusal refusal{VX_BAD_PARAMETER, std::move(reason), std::move(label)};
   return {[good](World& world) { return (world.*good)(); },
-          [refusal](World&) -> std::vector<Bad<T>> { return {{nullptr, refusal}}; }};
+          [refusal](World&) -> std::vector<Bad<T>> {
+            return {{nullptr, refusal}};
+          }};
 }
 inline auto module(std::string reason) { return handle(&World::module, std::move(reason)); }
 inline auto freshModule(std::string reason) { return handle(&World::freshModule, std::move(reason)); }

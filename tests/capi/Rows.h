@@ -84,9 +84,8 @@ Row makeRow(const char* name, Kind kind, Answer answer, R (*function)(P...),
       for (const auto& bad : std::get<I>(*list).bad(world)) {
         const auto run = [=, &world]() -> bool {
           world.forgetOutputs();
-          std::tuple<P...> values =
-              std::apply([&](const Argument<P>&... argument) { return std::tuple<P...>{argument.good(world)...}; },
-                         *list);
+          std::tuple<P...> values = std::apply(
+              [&](const Argument<P>&... argument) { return std::tuple<P...>{argument.good(world)...}; }, *list);
           std::get<I>(values) = bad.value;
           if constexpr (std::is_void_v<R>) {
             std::apply(function, values);
@@ -95,13 +94,12 @@ Row makeRow(const char* name, Kind kind, Answer answer, R (*function)(P...),
             return isAnswer(std::apply(function, values), answer, bad.refusal);
           }
         };
-        calls.push_back({std::string(name) + ", argument " + std::to_string(I), bad.refusal,
-                         bad.refusal.labelFor(name), run});
+        calls.push_back(
+            {std::string(name) + ", argument " + std::to_string(I), bad.refusal, bad.refusal.labelFor(name), run});
       }
     };
-    [&]<std::size_t... I>(std::index_sequence<I...>) {
-      (addBadOnes(std::integral_constant<std::size_t, I>()), ...);
-    }(std::index_sequence_for<P...>());
+    [&]<std::size_t... I>(std::index_sequence<I...>) { (addBadOnes(std::integral_constant<std::size_t, I>()), ...); }
+    (std::index_sequence_for<P...>());
     return calls;
   };
   return row;

@@ -54,7 +54,9 @@ class World {
     return module;
   }
   FieldSensor* sensor() { return _sensor; }
-  FieldSensor* freshSensor() { return VXCreateFieldSensor(nullptr, [](void*, void*) {}); }
+  FieldSensor* freshSensor() {
+    return VXCreateFieldSensor(nullptr, [](void*, void*) {});
+  }
   const RuntimeType* type() { return VXTypeFromName("BaseOp"); }
   Base* base() { return _source; }
   Base* unregisteredBase() { return &_unregisteredModule; }
