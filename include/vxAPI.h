@@ -210,8 +210,8 @@ VX_C_API VXBaseOp* VXCreateModuleFromName(const char* className);
 VX_C_API VXBaseOp* VXCreateModuleFromType(const VXRuntimeType* type);
 /// Deletes a module with its fields. Connections to other modules are taken away.
 /// \param baseOp a module that this interface made; null is refused. A sensor that is attached to one of its fields
-///        lives on. Not to be called from code that a field of this module calls, such as a sensor of its own.
-///        Refused while a calculation runs.
+///        lives on. Refused with ::VX_MISUSED_INTERFACE while a calculation runs and while the module handles a
+///        notification. A sensor's callback must not delete the module of the field that calls it.
 VX_C_API void VXDeleteModule(VXBaseOp* baseOp);
 
 /// \param baseOp null is refused. \param name name of a field; null and empty are refused.

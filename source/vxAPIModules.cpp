@@ -64,6 +64,12 @@ void _VXDeleteModule(BaseOp* baseOp) {
   const CallLabel label("vxAPI: VXDeleteModule");
   if (!checkArgument(baseOp != nullptr, label, "Invalid baseOp pointer passed. Ignoring call.")) return;
   if (!vx::checkNotProcessing(label)) return;
+  // The list tells whether this is a module at all: whatever can be made by name may come here.
+  if (BaseOp::findBaseOpIndex(*baseOp) >= 0 && baseOp->getHandleNotificationEntryCounter() != 0) {
+    vx::report(VX_ERROR, label, VX_MISUSED_INTERFACE,
+               "A module can't be deleted while it handles a notification. Ignoring call.");
+    return;
+  }
   vx::guardModuleLife(
       "Continuing after module deletion failure.", [baseOp] { return deletionLabel(baseOp); },
       [baseOp] { delete baseOp; });

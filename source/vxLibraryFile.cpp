@@ -94,7 +94,7 @@ std::string findLibraryFileFault(const std::string& path) {
   char start[SELFMAG] = {};
   if (!isHeaderRead) {
     return file.read(start, sizeof start, 0) && std::memcmp(start, ELFMAG, SELFMAG) == 0 ? truncated
-                                                                                          : "The file is no library.";
+                                                                                         : "The file is no library.";
   }
   if (std::string fault = findHeaderFault(header); !fault.empty()) return fault;
 

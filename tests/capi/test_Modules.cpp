@@ -163,6 +163,24 @@ TEST_F(CAPIModulesTest, AModuleThatFailsToSaveEndsInTheFrame) {
   EXPECT_THROW(VXBeginSaveFields(module.get()), int);
 }
 
+TEST_F(CAPIModulesTest, AModuleThatHandlesANotificationIsNotDeleted) {
+  const ModulePtr module = makeModule("PassModule");
+  modulePlace = [&](const std::string& place) {
+    if (place == "handleNotification") VXDeleteModule(module.get());
+  };
+  VXFieldTouch(VXModuleGetField(module.get(), "instanceName"));
+  expectRefusal(14, "vxAPI: VXDeleteModule",
+                "A module can't be deleted while it handles a notification. Ignoring call.");
+  EXPECT_STREQ(VXBaseGetType(module.get()), "PassModule");
+}
+
+TEST_F(CAPIModulesTest, WhateverIsMadeByNameIsDeletedAlike) {
+  BaseOp* const field = VXCreateModuleFromName("BoolField");
+  ASSERT_NE(field, nullptr) << "it is registered, and so it is made";
+  VXDeleteModule(field);
+  expectSilence();
+}
+
 TEST_F(CAPIModulesTest, ASensorOutlivesItsModule) {
   ModulePtr module = makeModule("PassModule");
   VXFieldSensor* const sensor = VXCreateFieldSensor(nullptr, [](void*, void*) {});

@@ -2,7 +2,6 @@
 
 #include "CAPIFixture.h"
 
-
 #include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
@@ -59,11 +58,10 @@ class PluginsTest : public CAPITest {
     EXPECT_EQ(VXLoadLibrary(path.c_str()), 0);
     const Messages taken = messages.take();
     ASSERT_FALSE(taken.empty());
-    EXPECT_EQ(taken.back(), (Message{VX_ERROR, 23, "VXLoadLibrary",
-                                     "Could not load or create library " + path +
-                                         ". Some modules may not be creatable."}));
-    EXPECT_EQ(taken.back().errorText,
-              std::string(VXGetErrorCodeDescription(23)) + " " + VXGetLoadLibraryErrorText());
+    EXPECT_EQ(taken.back(),
+              (Message{VX_ERROR, 23, "VXLoadLibrary",
+                       "Could not load or create library " + path + ". Some modules may not be creatable."}));
+    EXPECT_EQ(taken.back().errorText, std::string(VXGetErrorCodeDescription(23)) + " " + VXGetLoadLibraryErrorText());
     EXPECT_EQ(typeNames(), _types);
     EXPECT_FALSE(isMapped(path));
   }
