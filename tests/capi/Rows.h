@@ -15,16 +15,20 @@ struct RefusedCall {
   std::string name;  ///< Function and argument.
   Refusal refusal;
   std::string label;
-  /// Runs the call. \return whether the answer is that of a refused call.
-  std::function<bool()> run;
+  /// Makes the arguments. The function that it gives calls with them, and says whether the answer is that of a refused
+  /// call.
+  std::function<std::function<bool()>()> prepare;
+  bool run() const { return prepare()(); }
 };
 
 /// One function of the C interface.
 struct Row {
   std::string name;
   Kind kind;
-  /// Calls the function with good arguments; an answer that is a number comes as one, everything else as 0.
-  std::function<long long(World&)> call;
+  /// Makes good arguments. The function that it gives calls with them; an answer that is a number comes as one,
+  /// everything else as 0.
+  std::function<std::function<long long()>(World&)> prepare;
+  long long call(World& world) const { return prepare(world)(); }
   /// The calls with one bad argument each. They live as long as the world.
   std::function<std::vector<RefusedCall>(World&)> refusedCalls;
 
@@ -64,38 +68,42 @@ Row makeRow(const char* name, Kind kind, Answer answer, R (*function)(P...),
   Row row;
   row.name = name;
   row.kind = kind;
-  row.call = [=](World& world) -> long long {
-    return std::apply(
-        [&](const Argument<P>&... argument) -> long long {
-          // One after the other, from the first.
-          const std::tuple<P...> values{argument.good(world)...};
-          if constexpr (std::is_arithmetic_v<R>) {
-            return static_cast<long long>(std::apply(function, values));
-          } else {
-            std::apply(function, values);
-            return 0;
-          }
-        },
-        *list);
+  // One after the other, from the first.
+  const auto goodValues = [list](World& world) {
+    return std::apply([&](const Argument<P>&... argument) { return std::tuple<P...>{argument.good(world)...}; }, *list);
+  };
+  row.prepare = [=](World& world) -> std::function<long long()> {
+    return [function, &world, values = goodValues(world)]() -> long long {
+      if constexpr (std::is_arithmetic_v<R>) {
+        return static_cast<long long>(std::apply(function, values));
+      } else if constexpr (std::is_same_v<R, BaseOp*> || std::is_same_v<R, FieldSensor*>) {
+        world.own(std::apply(function, values));
+        return 0;
+      } else {
+        std::apply(function, values);
+        return 0;
+      }
+    };
   };
   row.refusedCalls = [=](World& world) {
     std::vector<RefusedCall> calls;
     const auto addBadOnes = [&]<std::size_t I>(std::integral_constant<std::size_t, I>) {
       for (const auto& bad : std::get<I>(*list).bad(world)) {
-        const auto run = [=, &world]() -> bool {
+        const auto prepare = [=, &world]() -> std::function<bool()> {
           world.forgetOutputs();
-          std::tuple<P...> values = std::apply(
-              [&](const Argument<P>&... argument) { return std::tuple<P...>{argument.good(world)...}; }, *list);
+          std::tuple<P...> values = goodValues(world);
           std::get<I>(values) = bad.value;
-          if constexpr (std::is_void_v<R>) {
-            std::apply(function, values);
-            return true;
-          } else {
-            return isAnswer(std::apply(function, values), answer, bad.refusal);
-          }
+          return [function, values, answer, refusal = bad.refusal]() -> bool {
+            if constexpr (std::is_void_v<R>) {
+              std::apply(function, values);
+              return true;
+            } else {
+              return isAnswer(std::apply(function, values), answer, refusal);
+            }
+          };
         };
         calls.push_back(
-            {std::string(name) + ", argument " + std::to_string(I), bad.refusal, bad.refusal.labelFor(name), run});
+            {std::string(name) + ", argument " + std::to_string(I), bad.refusal, bad.refusal.labelFor(name), prepare});
       }
     };
     [&]<std::size_t... I>(std::index_sequence<I...>) { (addBadOnes(std::integral_constant<std::size_t, I>()), ...); }

@@ -30,6 +30,8 @@ class StatefulObject : public Base {
 class World {
  public:
   World() {
+    _ownSensors.reserve(8);
+    _ownModules.reserve(8);
     initModuleClasses();
     _source = VXCreateModuleFromName("RampModule");
     _fields = VXCreateModuleFromName("FieldsModule");
@@ -37,6 +39,8 @@ class World {
     VXBaseFieldSetPtr(field("BaseField"), &_object);
   }
   ~World() {
+    for (FieldSensor* const sensor : _ownSensors) VXDeleteFieldSensor(sensor);
+    for (BaseOp* const module : _ownModules) VXDeleteModule(module);
     VXDeleteFieldSensor(_sensor);
     for (BaseOp* const module : _freshModules) {
       if (BaseOp::findBaseOpIndex(*module) >= 0) VXDeleteModule(module);
@@ -53,11 +57,18 @@ class World {
     _freshModules.insert(module);
     return module;
   }
+  /// Takes what a call made, without an allocation for the first few of them.
+  void own(BaseOp* module) {
+    if (module) _ownModules.push_back(module);
+  }
+  void own(FieldSensor* sensor) {
+    if (sensor) _ownSensors.push_back(sensor);
+  }
   FieldSensor* sensor() { return _sensor; }
   FieldSensor* freshSensor() {
     return VXCreateFieldSensor(nullptr, [](void*, void*) {});
   }
-  const RuntimeType* type() { return VXTypeFromName("BaseOp"); }
+  const RuntimeType* type() { return VXTypeFromName("PassModule"); }
   Base* base() { return _source; }
   Base* unregisteredBase() { return &_unregisteredModule; }
 
@@ -105,6 +116,8 @@ class World {
   BaseOp* _fields = nullptr;
   FieldSensor* _sensor = nullptr;
   std::set<BaseOp*> _freshModules;
+  std::vector<BaseOp*> _ownModules;
+  std::vector<FieldSensor*> _ownSensors;
   StatefulObject _object;
   UnregisteredModule _unregisteredModule;
   UnregisteredField _unregisteredField;

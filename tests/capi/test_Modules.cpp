@@ -174,13 +174,6 @@ TEST_F(CAPIModulesTest, AModuleThatHandlesANotificationIsNotDeleted) {
   EXPECT_STREQ(VXBaseGetType(module.get()), "PassModule");
 }
 
-TEST_F(CAPIModulesTest, WhateverIsMadeByNameIsDeletedAlike) {
-  BaseOp* const field = VXCreateModuleFromName("BoolField");
-  ASSERT_NE(field, nullptr) << "it is registered, and so it is made";
-  VXDeleteModule(field);
-  expectSilence();
-}
-
 TEST_F(CAPIModulesTest, ASensorOutlivesItsModule) {
   ModulePtr module = makeModule("PassModule");
   VXFieldSensor* const sensor = VXCreateFieldSensor(nullptr, [](void*, void*) {});

@@ -126,8 +126,7 @@ struct Callback {
 
 void runInSensor(Reentry& test, const Inside& inside) {
   Callback callback{test, inside};
-  VXFieldSensor* const sensor =
-      VXCreateFieldSensor(&callback, [](void* userData, void*) { Callback::run(userData); });
+  VXFieldSensor* const sensor = VXCreateFieldSensor(&callback, [](void* userData, void*) { Callback::run(userData); });
   Field* const field = VXModuleGetField(test.stage.get(), "instanceName");
   VXFieldSensorAttach(sensor, field);
   VXFieldTouch(field);
@@ -155,9 +154,7 @@ void runInBreakCheck(Reentry& test, const Inside& inside) {
     Callback::run(userData);
     return 0;
   });
-  modulePlace = [](const std::string& here) {
-    EXPECT_FALSE(here == calcOutSubImage && BaseOp::shouldTerminate());
-  };
+  modulePlace = [](const std::string& here) { EXPECT_FALSE(here == calcOutSubImage && BaseOp::shouldTerminate()); };
   test.requestTile();
 }
 
@@ -185,8 +182,8 @@ void runInMessageOfCalculation(Reentry& test, const Inside& inside) {
 
 void runInNotification(Reentry& test, const Inside& inside) {
   Callback callback{test, inside};
-  const VXCallbackHandle handle = VXAddNotifyCB(
-      [](void* userData, unsigned int, void*, void*) { Callback::run(userData); }, &callback, 0x80001);
+  const VXCallbackHandle handle =
+      VXAddNotifyCB([](void* userData, unsigned int, void*, void*) { Callback::run(userData); }, &callback, 0x80001);
   VXClearCache();
   VXRemoveNotifyCB(handle);
 }
@@ -194,8 +191,8 @@ void runInNotification(Reentry& test, const Inside& inside) {
 // The cache is flushed with its lock held.
 void runInNotificationOfCalculation(Reentry& test, const Inside& inside) {
   Callback callback{test, inside};
-  const VXCallbackHandle handle = VXAddNotifyCB(
-      [](void* userData, unsigned int, void*, void*) { Callback::run(userData); }, &callback, 0x80004);
+  const VXCallbackHandle handle =
+      VXAddNotifyCB([](void* userData, unsigned int, void*, void*) { Callback::run(userData); }, &callback, 0x80004);
   test.requestTile();
   VXRemoveNotifyCB(handle);
 }
