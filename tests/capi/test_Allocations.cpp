@@ -59,9 +59,7 @@ namespace {
 
 class Allocations : public ::testing::TestWithParam<rows::Row> {
  protected:
-  void SetUp() override {
-    VXErrorOutput.sendMessagesToCerr(false);
-  }
+  void SetUp() override { VXErrorOutput.sendMessagesToCerr(false); }
   void TearDown() override {
     untilFailure = -1;
     VXErrorOutput.sendMessagesToCerr(true);
