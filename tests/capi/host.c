@@ -9,12 +9,12 @@
 
 static int numFailures = 0;
 
-#define CHECK(condition)                                              \
-  do {                                                                \
-    if (!(condition)) {                                               \
+#define CHECK(condition)                                            \
+  do {                                                              \
+    if (!(condition)) {                                             \
       fprintf(stderr, "host.c:%d: not %s\n", __LINE__, #condition); \
-      ++numFailures;                                                  \
-    }                                                                 \
+      ++numFailures;                                                \
+    }                                                               \
   } while (0)
 
 static void countChange(void* userData, void* sensor) {

@@ -125,6 +125,52 @@ TEST_P(Allocations, MayFailInARefusal) {
   }
 }
 
+TEST(AllocationsOfAPush, LeaveTheStateAsItWas) {
+  VXErrorOutput.sendMessagesToCerr(false);
+  VXErrorOutput.setMessageFilter(VX_FATAL);
+  long n = 0;
+  for (;; ++n) {
+    const Host* const host = &Host::getDefaultHost();
+    const long live = numLive;
+    untilFailure = n;
+    const VXErrorCode code = VXPushState(0);
+    if (untilFailure.exchange(-1) >= 0) {
+      EXPECT_EQ(code, 0);
+      break;
+    }
+    EXPECT_EQ(code, 14) << n;
+    EXPECT_EQ(&Host::getDefaultHost(), host) << n;
+    EXPECT_EQ(VXErrorOutput.getMessageFilter(), static_cast<unsigned int>(VX_FATAL)) << n;
+    EXPECT_EQ(VXPopState(), 44) << n;
+    EXPECT_EQ(numLive, live) << n;
+  }
+  EXPECT_GT(n, 3);
+  EXPECT_EQ(VXPopState(), 0);
+  VXErrorOutput.setMessageFilter(ErrorOutput::defaultMessageFilter);
+  VXErrorOutput.sendMessagesToCerr(true);
+}
+
+TEST(AllocationsOfAConnection, LeaveNeitherLinkNorAttachment) {
+  World world;
+  Field* const in = world.field("InputConnectorField");
+  Field* const out = world.image();
+  VXErrorOutput.sendMessagesToCerr(false);
+  for (long n = 0;; ++n) {
+    VXFieldDisconnect(in);
+    untilFailure = n;
+    const int isConnected = VXFieldConnectFrom(in, out);
+    if (untilFailure.exchange(-1) >= 0) {
+      EXPECT_EQ(isConnected, 1);
+      break;
+    }
+    EXPECT_EQ(isConnected, 0);
+    EXPECT_EQ(world.module()->getInField(0)->getInputConnectorValue().getLink(), nullptr) << n;
+    EXPECT_EQ(in->getNumSourceFields(), 0U) << n;
+    EXPECT_EQ(out->getNumDestinationFields(), 0U) << n;
+  }
+  VXErrorOutput.sendMessagesToCerr(true);
+}
+
 INSTANTIATE_TEST_SUITE_P(AllFunctions, Allocations, ::testing::ValuesIn(rows::allRows()),
                          [](const auto& instance) { return instance.param.name; });
 

@@ -196,6 +196,30 @@ TEST_F(StateTest, TheEnvironmentIsReadAfterTheReset) {
   unsetenv("VX_SUPPRESS_VXTYPEEXTENSION_LOAD");
 }
 
+TEST_F(StateTest, NoThreadsInTheEnvironmentCountAsOne) {
+  setenv("VX_NUM_THREADS", "0", 1);
+  setenv("VX_SUPPRESS_VXTYPEEXTENSION_LOAD", "1", 1);
+  VXPushState(1);
+  EXPECT_EQ(Host::getDefaultHost().getMaxNumThreads(), 0U);
+  EXPECT_EQ(VXGetMaxNumThreads(), 1);
+  VXPopState();
+  unsetenv("VX_NUM_THREADS");
+  unsetenv("VX_SUPPRESS_VXTYPEEXTENSION_LOAD");
+}
+
+TEST_F(StateTest, APopBearsANotificationThatThrows) {
+  Host& host = Host::getDefaultHost();
+  VXPushState(0);
+  VXErrorOutput.sendMessagesToCerr(false);
+  VXAddNotifyCB([](void*, unsigned int, void*, void*) { throw 3; }, nullptr, ~0U);
+  const VXErrorCode code = VXPopState();
+  EXPECT_TRUE(code == 0 || code == 1) << code;
+  EXPECT_EQ(&Host::getDefaultHost(), &host);
+  EXPECT_EQ(VXPopState(), 44);
+  VXClearCache();
+  EXPECT_EQ(VXErrorOutput.getMessageFilter(), 0xFFU) << "the recorder's filter is back";
+}
+
 TEST_F(StateTest, AModuleOfAPushedStateLeavesTheListAndLivesOn) {
   const ModulePtr before = makeModule("RampModule");
   const VXint64 count = BaseOp::getNumBaseOps();
