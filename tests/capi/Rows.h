@@ -61,6 +61,16 @@ bool isAnswer([[maybe_unused]] R result, Answer answer, const Refusal& refusal) 
   }
 }
 
+/// The bad value, or the good one of an argument.
+template <bool isBad, class T, class BadValue>
+T valueOf(const Argument<T>& argument, [[maybe_unused]] const BadValue& badValue, [[maybe_unused]] World& world) {
+  if constexpr (isBad) {
+    return badValue;
+  } else {
+    return argument.good(world);
+  }
+}
+
 template <class R, class... P>
 Row makeRow(const char* name, Kind kind, Answer answer, R (*function)(P...),
             std::type_identity_t<Argument<P>>... arguments) {
@@ -91,8 +101,11 @@ Row makeRow(const char* name, Kind kind, Answer answer, R (*function)(P...),
       for (const auto& bad : std::get<I>(*list).bad(world)) {
         const auto prepare = [=, &world]() -> std::function<bool()> {
           world.forgetOutputs();
-          std::tuple<P...> values = goodValues(world);
-          std::get<I>(values) = bad.value;
+          // No good value is made where a bad one stands: it might be an object that nobody takes.
+          const std::tuple<P...> values = [&]<std::size_t... J>(std::index_sequence<J...>) {
+            return std::tuple<P...>{valueOf<J == I>(std::get<J>(*list), bad.value, world)...};
+          }
+          (std::index_sequence_for<P...>());
           return [function, values, answer, refusal = bad.refusal]() -> bool {
             if constexpr (std::is_void_v<R>) {
               std::apply(function, values);
