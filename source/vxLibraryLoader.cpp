@@ -149,8 +149,8 @@ void* openByLoader(const std::string& path, std::string& reason) {
   // Not before the exception is gone, whose class may be the library's.
   if (hasThrown) closeUnfinished(path);
   if (!handle || !load.hasFailed()) return handle;
-  reason = load.getFailure();
   dlclose(handle);
+  reason = load.getFailure();
   return nullptr;
 }
 

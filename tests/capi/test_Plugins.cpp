@@ -115,6 +115,19 @@ TEST_F(PluginsTest, AProgramIsRefused) {
   expectRefused(write("object.so", program), "The file is no library.");
 }
 
+TEST_F(PluginsTest, HeadersThatPointBehindTheEndAreRefused) {
+  const std::string good = contentsOf(pathOf("libGoodPlugin.so"));
+  constexpr std::size_t offsetOfSegments = 32;
+  constexpr std::size_t offsetOfSections = 40;
+  for (const std::size_t at : {offsetOfSegments, offsetOfSections}) {
+    for (const char byte : {'\x01', '\xff'}) {
+      std::string other = good;
+      other.replace(at + 4, 4, 4, byte);
+      expectRefused(write("points" + std::to_string(at) + ".so", other), "The file is truncated.");
+    }
+  }
+}
+
 TEST_F(PluginsTest, ALibraryThatIsCutAnywhereIsRefused) {
   const std::string good = contentsOf(pathOf("libGoodPlugin.so"));
   ASSERT_GT(good.size(), 1000U);
@@ -151,6 +164,7 @@ TEST_F(PluginsTest, ALibraryWhoseRegistrationThrowsIsRefused) {
 
 TEST_F(PluginsTest, ALibraryWhoseStaticObjectThrowsIsRefused) {
   expectRefused(pathOf("libThrowsInStart.so"), "The start of the library threw an exception: static object");
+  expectRefused(pathOf("libThrowsANumberInStart.so"), "The start of the library threw an exception.");
 }
 
 TEST_F(PluginsTest, ALibraryForAnotherVersionIsRefused) {

@@ -3,6 +3,7 @@
 #include "vxPagedImg.h"
 
 #include <climits>
+#include <cstdlib>
 #include <functional>
 
 namespace vx::test {
@@ -187,6 +188,26 @@ TEST_F(CAPITilesTest, AModuleThatThrowsGivesItsCode) {
   VXClearPages(out);
   EXPECT_EQ(VXImageGetTile3D(out, &memory, 0, 0, 0, 1, 1, 1, VXint32Type), 0) << "usable afterwards";
   EXPECT_EQ(voxel, 0);
+}
+
+// In a process of its own: the guard against recursion stays closed.
+TEST_F(CAPITilesTest, WithoutExceptionHandlingAnExceptionOfAModuleReachesTheHost) {
+  const auto request = [this] {
+    VXEnableExceptionHandling(0);
+    modulePlace = [](const std::string&) { throw std::string("mine"); };
+    VXint32 voxel = -1;
+    void* memory = &voxel;
+    bool hasArrived = false;
+    try {
+      VXImageGetTile3D(out, &memory, 0, 0, 0, 1, 1, 1, VXint32Type);
+    } catch (const std::string& text) {
+      hasArrived = text == "mine";
+    }
+    modulePlace = nullptr;
+    const bool isRefusedFromNowOn = VXGetImageState(out) == 22 && VXGetImageState(out) == 22;
+    std::_Exit(hasArrived && isRefusedFromNowOn ? 0 : 1);
+  };
+  EXPECT_EXIT(request(), ::testing::ExitedWithCode(0), "");
 }
 
 TEST_F(CAPITilesTest, BadArgumentsAreRefused) {

@@ -25,7 +25,7 @@ namespace {
 struct Thrower {
   Thrower() {
     PluginBroken::initClass(nullptr, nullptr);
-    throw std::runtime_error("static object");
+    throw VX_PLUGIN_THROWS_IN_START;
   }
 };
 const Thrower thrower;
