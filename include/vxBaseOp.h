@@ -318,6 +318,8 @@ class VX_EXPORT BaseOp : public Base {
   VXint64 _handleNotificationOnCounter = 0;                     ///< Notifications are delivered from 0 on.
 
  private:
+  friend class State;
+
   // Whether an index is that of an input or an output.
   bool _isInput(VXint64 inIndex) const noexcept { return inIndex >= 0 && inIndex < getInputNum(); }
   bool _isOutput(VXint64 outIndex) const noexcept { return outIndex >= 0 && outIndex < getOutputNum(); }

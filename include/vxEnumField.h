@@ -51,6 +51,8 @@ class VX_EXPORT EnumField : public TValueField<int> {
   /// \param index which item. \return its text.
   /// \throw int ::VX_BAD_POINTER after a fatal report if there is no such item.
   std::string getStringValue(unsigned int index) const;
+  /// As getStringValue(unsigned int). \return the field's own text, good as long as the field.
+  const char* getItemText(unsigned int index) const;
 
   /// \return 1 if the index is in range, else 0.
   VXint64 isValidValue() override;

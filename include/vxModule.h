@@ -27,6 +27,9 @@
 
 #include <initializer_list>
 
+/// Version of the classes that a module library is compiled against.
+#define VX_CPP_API_VERSION 1, 8, 68, 23, "1.8.68.23.87"
+
 namespace vx {
 
 /// Registers classes under their own names, in the order given: parents before their children. They belong to the
@@ -35,6 +38,16 @@ template <class... Classes>
 void registerClasses() {
   (Classes::initClass(nullptr, nullptr), ...);
 }
+
+/// Starts a module library: registers its classes, unless the library was compiled for a version that doesn't fit.
+///
+/// A version that doesn't fit, and whatever the registration throws, let the load by VXLoadLibrary() fail, which undoes
+/// what was registered. Nothing is thrown.
+/// \param major,minor,release,build,version the version that the library was compiled for, see
+///        VXCheckCPPAPILinkCompatibility(), which reports that it doesn't fit. \param registerAll registers the
+///        classes.
+VX_EXPORT void attachModuleLibrary(int major, int minor, int release, int build, const char* version,
+                                   void (*registerAll)()) noexcept;
 
 /// Removes classes, in reverse order, if VX is unloading a library; at the plain end of the process they stay, since
 /// other static objects may still use them. Call it when a library is unloaded.
@@ -53,11 +66,13 @@ void removeClasses() {
 ///
 /// The arguments are the classes, parents before their children. Each carries VX_CLASS_HEADER or its abstract form in
 /// its declaration, and VX_CLASS_SOURCE in a source. A host makes a module of a class by the class's name.
-#define VX_MODULE_LIBRARY(...)                                                                        \
-  namespace {                                                                                         \
-  __attribute__((constructor)) void vxAttachModuleLibrary() { ::vx::registerClasses<__VA_ARGS__>(); } \
-  __attribute__((destructor)) void vxDetachModuleLibrary() { ::vx::removeClasses<__VA_ARGS__>(); }    \
-  }                                                                                                   \
+#define VX_MODULE_LIBRARY(...)                                                                     \
+  namespace {                                                                                      \
+  __attribute__((constructor)) void vxAttachModuleLibrary() {                                      \
+    ::vx::attachModuleLibrary(VX_CPP_API_VERSION, &::vx::registerClasses<__VA_ARGS__>);            \
+  }                                                                                                \
+  __attribute__((destructor)) void vxDetachModuleLibrary() { ::vx::removeClasses<__VA_ARGS__>(); } \
+  }                                                                                                \
   static_assert(true, "needs a semicolon")
 
 #endif

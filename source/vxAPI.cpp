@@ -18,7 +18,7 @@ int VXInit(int major, int minor, int release) {
 int VXDestroy(void) {
   const vx::TraceFrame trace("source/vxAPI:VXDestroy()");
   return vx::callSilently(1, [] {
-    vx::destroyVX();
+    if (vx::checkNotProcessing("vxAPI: VXDestroy")) vx::destroyVX();
     return 1;
   });
 }

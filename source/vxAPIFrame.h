@@ -141,6 +141,23 @@ bool checkObject(Handle* handle, const CallLabel& label, const char* reason) {
   return false;
 }
 
+/// As the object check, and gives the object as what it is required to be. A class that only names the required one as
+/// its parent, without being derived from it, is refused with ::VX_BAD_PARAMETER.
+/// \return the object; null after a refusal, which has been reported.
+template <class Required, class Handle>
+Required* checkedObject(Handle* handle, const CallLabel& label, const char* reason) {
+  if (!checkObject<Required>(handle, label, reason)) return nullptr;
+  Required* const object = dynamic_cast<Required*>(handle);
+  if (!object) report(VX_ERROR, label, VX_BAD_PARAMETER, reason, handle, handle->getTypeId());
+  return object;
+}
+
+// Calculations -------------------------------------------------------------------------------------------------------
+
+/// Check of a call that would free what is being calculated. \return whether no calculation runs on the default host;
+/// otherwise the refusal is reported as an error. \param code of the report.
+bool checkNotProcessing(const CallLabel& label, VXErrorCode code = VX_MISUSED_INTERFACE);
+
 // Recursion guard ----------------------------------------------------------------------------------------------------
 
 /// Set while a guarded operation runs; one flag for all of them.
@@ -203,6 +220,31 @@ void guardModuleCall(const Module* module, const char* reason, MakeLabel&& makeL
     reportCode(code);
   } catch (...) {
     reportCode(VX_UNKNOWN_EXCEPTION);
+  }
+}
+
+/// Makes or deletes a module. While exception handling is enabled, whatever that throws is reported as fatal, an `int`
+/// as its code, everything else as ::VX_UNKNOWN_EXCEPTION.
+/// \param reason the text of the report. \param makeLabel gives the function label; called after a failure only.
+/// \param call the call. \return whether the call returned.
+template <class MakeLabel, class Call>
+bool guardModuleLife(const char* reason, MakeLabel&& makeLabel, Call&& call, const char* file = __builtin_FILE(),
+                     int line = __builtin_LINE()) {
+  const auto reportCode = [&](VXErrorCode code) {
+    withComposedLabel(makeLabel, file, line, [&](const CallLabel& label) { report(VX_FATAL, label, code, reason); });
+    return false;
+  };
+  if (!VXIsExceptionHandlingEnabled()) {
+    std::forward<Call>(call)();
+    return true;
+  }
+  try {
+    std::forward<Call>(call)();
+    return true;
+  } catch (int code) {
+    return reportCode(code);
+  } catch (...) {
+    return reportCode(VX_UNKNOWN_EXCEPTION);
   }
 }
 

@@ -9,11 +9,19 @@
 
 #include <atomic>
 #include <string>
+#include <string_view>
 
 namespace {
 
 std::atomic<int> _vxIsUnloadingLibrary{0};
 std::atomic<int> unloadLibraryState{0};
+
+// Why the last load failed, cut to what there is room for.
+char loadErrorText[1024] = {};
+
+void setLoadErrorText(std::string_view text) noexcept {
+  loadErrorText[text.copy(loadErrorText, sizeof loadErrorText - 1)] = '\0';
+}
 
 // The name of the file for a library name. The search for the file knows prefix and suffix.
 const char* _determineRealLibraryName(const char* name) { return name; }
@@ -35,9 +43,17 @@ VXErrorCode VXLoadLibraryWOErrorExt(const char* name, void** handle) {
                          "Invalid name passed. Returning VX_BAD_PARAMETER.")) {
     return VX_BAD_PARAMETER;
   }
+  const bool isKnown = vx::Runtime::getNumInstancesDependentOnDll(name) >= 0;
   vx::Runtime::setRecentlyLoadedDllName(name);
-  void* const library =
-      vx::callSilently<void*>(nullptr, [name] { return vx::openLibrary(_determineRealLibraryName(name)); });
+  setLoadErrorText("There is no memory.");
+  void* const library = vx::callSilently<void*>(nullptr, [name] {
+    std::string reason;
+    void* const opened = vx::openLibrary(_determineRealLibraryName(name), &reason);
+    setLoadErrorText(reason);
+    return opened;
+  });
+  // What a library registered before its start failed went with its code.
+  if (!library && !isKnown) vx::Runtime::destroyRuntimeTypesOfDll(name);
   if (handle) *handle = library;
   return library ? VX_RESULT_OK : VX_LIBRARY_LOAD_FAILED;
 }
@@ -54,12 +70,17 @@ int VXLoadLibrary(const char* name) {
   }
   const VXErrorCode code = VXLoadLibraryWOErrorExt(name, nullptr);
   if (code == VX_RESULT_OK) return 1;
-  vx::reportComposed(VX_ERROR, "VXLoadLibrary", code, [name] {
-    return "Could not load or create library " + std::string(_determineRealLibraryName(name)) +
-           ". Some modules may not be creatable.";
+  vx::callSilently(0, [name, code] {
+    const std::string reason = "Could not load or create library " + std::string(_determineRealLibraryName(name)) +
+                               ". Some modules may not be creatable.";
+    const std::string errorText = std::string(VXGetErrorCodeDescription(code)) + " " + loadErrorText;
+    vx::reportText(VX_ERROR, "VXLoadLibrary", errorText.c_str(), reason.c_str(), nullptr, nullptr, code);
+    return 0;
   });
   return 0;
 }
+
+const char* VXGetLoadLibraryErrorText(void) { return loadErrorText; }
 
 VXErrorCode VXUnLoadLibrary(const char* name, void* handle, char** errorText, int force) {
   const vx::TraceFrame trace("source/vxAPI:VXUnLoadLibrary()");
@@ -67,6 +88,7 @@ VXErrorCode VXUnLoadLibrary(const char* name, void* handle, char** errorText, in
                          "Invalid name passed. Returning VX_BAD_PARAMETER.")) {
     return VX_BAD_PARAMETER;
   }
+  if (!vx::checkNotProcessing("vxAPI: VXUnLoadLibrary", VX_LIBRARY_IN_USE)) return VX_LIBRARY_IN_USE;
   const long long numInstances = vx::Runtime::getNumInstancesDependentOnDll(name);
   if (numInstances < 0) return VX_BAD_PARAMETER;
   if (numInstances > 0 && !force) return VX_LIBRARY_IN_USE;

@@ -130,7 +130,9 @@ std::string EnumField::getStringValue() const {
   return getStringValue(_isInRange(value) ? static_cast<unsigned int>(value) : 0U);
 }
 
-std::string EnumField::getStringValue(unsigned int index) const {
+std::string EnumField::getStringValue(unsigned int index) const { return getItemText(index); }
+
+const char* EnumField::getItemText(unsigned int index) const {
   checkFatal(index < _numItems);
   checkFatal(index < maxNumItems);
   checkFatal(_items != nullptr);

@@ -17,6 +17,7 @@
 #include "vxMemoryImg.h"
 #include "vxNotify.h"
 #include "vxPagedImg.h"
+#include "vxState.h"
 #include "vxSubImg.h"
 #include "vxSystemInfo.h"
 #include "vxThread.h"
@@ -39,6 +40,12 @@ void forceAlwaysFalseToZero() {
   for (int i = 0; i < 36; ++i) VXAlwaysFalse = static_cast<int>(2U * static_cast<unsigned int>(VXAlwaysFalse));
 }
 
+// Opens what start and stop may call of the state stack.
+struct StateStack : State {
+  using State::_destroy;
+  using State::_init;
+};
+
 // In the form of the functions that it stands among.
 void initFieldClasses(const char* /*dllName*/, const char* /*className*/) { VXInitFields(); }
 
@@ -50,6 +57,9 @@ int VXinit() {
     if (!VXInitializeTypes()) {
       report(VX_FATAL, "VXinit()", VX_TYPE_INIT_FAILED,
              "Could not initialize standard VX types required for basic operations.");
+    }
+    if (const int code = StateStack::_init()) {
+      report(VX_FATAL, "VXinit()", code, "Could not initialize VX state stack.");
     }
     installEngineHooks();
     // Parents before their children: a class names its parent by text.
@@ -96,6 +106,9 @@ void VXdestroy() {
     BaseOp::destroyBaseOp();
     Host::destroyDefaultHost();
     Runtime::destroy();
+    if (const int code = StateStack::_destroy()) {
+      report(VX_ERROR, "VXdestroy()", code, "Error while destroying VX state stack.");
+    }
     VXErrorOutput.destroy();
     VXDestroyTypes();
   });

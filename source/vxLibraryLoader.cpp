@@ -1,10 +1,13 @@
 #include "vxLibraryLoader.h"
 
 #include "vxEnvironment.h"
+#include "vxLibraryFile.h"
 
 #include <dlfcn.h>
+#include <exception>
 #include <link.h>
 #include <string_view>
+#include <utility>
 
 namespace vx {
 
@@ -89,11 +92,103 @@ std::vector<std::string> libraryCandidates(const std::string& name, const Librar
   return candidates;
 }
 
-void* openLibrary(const char* name) {
-  const LibrarySearchEnvironment environment{environmentText("VX_MODULE_PATH"), environmentText("LD_LIBRARY_PATH")};
-  for (const std::string& candidate : libraryCandidates(name, environment, ownFolder())) {
-    if (void* const handle = dlopen(candidate.c_str(), RTLD_NOW | RTLD_LOCAL)) return handle;
+namespace {
+
+// A call of the system's loader, which runs the start of the library. Loads may be nested.
+class RunningLoad {
+ public:
+  RunningLoad() : _outer(std::exchange(current, this)) {}
+  ~RunningLoad() { current = _outer; }
+  RunningLoad(const RunningLoad&) = delete;
+  RunningLoad& operator=(const RunningLoad&) = delete;
+
+  // Notes a failure; the text is cut to what there is room for.
+  void fail(const char* reason) noexcept {
+    _hasFailed = true;
+    _failure[std::string_view(reason).copy(_failure, sizeof _failure - 1)] = '\0';
   }
+  bool hasFailed() const noexcept { return _hasFailed; }
+  const char* getFailure() const noexcept { return _failure; }
+
+  static inline RunningLoad* current = nullptr;
+
+ private:
+  RunningLoad* _outer;
+  bool _hasFailed = false;
+  char _failure[256] = {};
+};
+
+// The system's header says that dlopen() doesn't throw; but it runs the start of the library, which may. Called through
+// a pointer, the exception can pass.
+using OpenFunction = void* (*)(const char*, int);
+OpenFunction volatile openFunction = &dlopen;
+
+// Closes a library whose start was left by an exception: the loader has counted it as open, and gave no handle.
+void closeUnfinished(const std::string& path) {
+  void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD);
+  if (!handle) return;
+  dlclose(handle);
+  dlclose(handle);
+}
+
+// Lets the system's loader open a library. \param reason takes why that failed.
+void* openByLoader(const std::string& path, std::string& reason) {
+  RunningLoad load;
+  void* handle = nullptr;
+  bool hasThrown = false;
+  try {
+    handle = openFunction(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!handle) reason = dlerror();
+  } catch (const std::exception& exception) {
+    hasThrown = true;
+    reason = std::string("The start of the library threw an exception: ") + exception.what();
+  } catch (...) {
+    hasThrown = true;
+    reason = "The start of the library threw an exception.";
+  }
+  // Not before the exception is gone, whose class may be the library's.
+  if (hasThrown) closeUnfinished(path);
+  if (!handle || !load.hasFailed()) return handle;
+  dlclose(handle);
+  reason = load.getFailure();
+  return nullptr;
+}
+
+// The file that the loader's own path leads to for a name without a slash; "" if there is none.
+std::string findInLoaderPath(const std::string& name, const char* loaderPath) {
+  for (const std::string_view folder : splitPath(loaderPath)) {
+    std::string path = std::string(folder) + "/" + name;
+    if (doesFileExist(path)) return path;
+  }
+  return {};
+}
+
+}  // namespace
+
+bool noteLibraryFailure(const char* reason) noexcept {
+  if (!RunningLoad::current) return false;
+  RunningLoad::current->fail(reason);
+  return true;
+}
+
+void* openLibrary(const char* name, std::string* reason) {
+  const LibrarySearchEnvironment environment{environmentText("VX_MODULE_PATH"), environmentText("LD_LIBRARY_PATH")};
+  std::string reasons;
+  const auto addReason = [&reasons](const std::string& path, const std::string& fault) {
+    if (!reasons.empty()) reasons += ' ';
+    reasons += path + ": " + fault;
+  };
+  for (const std::string& candidate : libraryCandidates(name, environment, ownFolder())) {
+    const bool isPath = candidate.find('/') != std::string::npos;
+    const std::string file = isPath ? candidate : findInLoaderPath(candidate, environment.loaderPath);
+    if (isPath && !doesFileExist(file)) continue;
+    std::string fault = file.empty() ? std::string() : findLibraryFileFault(file);
+    if (fault.empty()) {
+      if (void* const handle = openByLoader(candidate, fault)) return handle;
+    }
+    addReason(file.empty() ? candidate : file, fault);
+  }
+  if (reason) *reason = reasons.empty() ? "There is no such file." : reasons;
   return nullptr;
 }
 

@@ -19,8 +19,15 @@ struct LibrarySearchEnvironment {
 std::vector<std::string> libraryCandidates(const std::string& name, const LibrarySearchEnvironment& environment,
                                            const std::string& ownFolder);
 
-/// Opens a library. \param name not empty. \return the system's handle, or null.
-void* openLibrary(const char* name);
+/// Opens a library. No file is given to the system's loader that isn't whole, see findLibraryFileFault().
+/// \param name not empty. \param reason takes why nothing could be loaded, "" after success; may be null.
+/// \return the system's handle, or null. A library whose start failed, by an exception or by noteLibraryFailure(), is
+///         closed again.
+void* openLibrary(const char* name, std::string* reason = nullptr);
+
+/// Lets the load that is running fail, from the start of the library that is loaded.
+/// \param reason why. \return whether openLibrary() is running at all.
+bool noteLibraryFailure(const char* reason) noexcept;
 
 /// Closes a library.
 /// \param handle from openLibrary(); null and the handle of this library itself are failures.

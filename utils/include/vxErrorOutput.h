@@ -125,10 +125,11 @@ VX_EXPORT void report(VXMessageType type, const CallLabel& label, VXErrorCode co
 VX_EXPORT void report(VXMessageType type, const CallLabel& label, VXErrorCode code, const std::string& reason,
                       const void* handledObject = nullptr, const RuntimeType* handledObjectType = nullptr) noexcept;
 
-/// Reports a failure with a text of its own, otherwise as report(). The code is 0.
-/// \param errorText the text of the failure.
+/// Reports a failure with a text of its own, otherwise as report().
+/// \param errorText the text of the failure. \param code 0 where there is nothing but the text.
 VX_EXPORT void reportText(VXMessageType type, const CallLabel& label, const char* errorText, const char* reason,
-                          const void* handledObject = nullptr, const RuntimeType* handledObjectType = nullptr) noexcept;
+                          const void* handledObject = nullptr, const RuntimeType* handledObjectType = nullptr,
+                          VXErrorCode code = VX_RESULT_OK) noexcept;
 
 /// As report(), for a reason that is put together when it is needed: also a failure of that ends in a report.
 /// \param makeReason gives the text.

@@ -174,11 +174,11 @@ void report(VXMessageType type, const CallLabel& label, VXErrorCode code, const 
 }
 
 void reportText(VXMessageType type, const CallLabel& label, const char* errorText, const char* reason,
-                const void* handledObject, const RuntimeType* handledObjectType) noexcept {
+                const void* handledObject, const RuntimeType* handledObjectType, VXErrorCode code) noexcept {
   reportWith(label, [&] {
     VXErrorOutput.printAndNotify(type, "VX", "Function=", orEmpty(label.text), std::string(orEmpty(errorText)),
                                  orEmpty(reason), orEmpty(label.file), label.line, handledObject, handledObjectType,
-                                 VX_RESULT_OK);
+                                 code);
   });
 }
 
