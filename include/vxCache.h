@@ -43,12 +43,11 @@ struct CacheFigures {
 /// on and can be given to another one.
 ///
 /// Blocks that are freed may be kept for new ones of the same size, because the system hands out fresh memory slowly:
-/// at most #maxWarmBytes beside the buffers, until clearCache() or the end of the cache. The memory of a process is
-/// therefore bounded by the limit, the locked buffers and that constant.
+/// at most #maxWarmBytes, until clearCache() or the end of the cache. After a flush the cache thus takes no more than
+/// its limit or the locked buffers, whichever is greater, and that constant.
 ///
-/// All functions are safe from any thread but for getCacheTable(). Callbacks of notifications from flushCache() and
-/// clearCache() run while the cache is locked: such a callback may use the cache, but must not wait for another thread
-/// that does. What a callback throws passes on, and the lock is given back.
+/// All functions are safe from any thread but for getCacheTable(). Notifications are sent with no lock held; what a
+/// callback throws passes on, after the work is done.
 class VX_EXPORT Cache {
  public:
   /// Number of priorities, from 0, the cheapest, to 9.
@@ -56,7 +55,7 @@ class VX_EXPORT Cache {
   /// The greatest memory optimization level.
   static constexpr VXuint64 maxMemoryOptimizationLevel = 10;
   /// Bytes that a cache keeps at most in free blocks.
-  static constexpr VXuint64 maxWarmBytes = 16ULL << 20;
+  static constexpr VXuint64 maxWarmBytes = 32ULL << 20;
 
   /// Makes an empty cache with a limit of 50000 KB and level 0. \throw std::bad_alloc without memory.
   Cache();
@@ -125,14 +124,17 @@ class VX_EXPORT Cache {
   std::atomic<VXuint64> _currentCacheSize{0};         ///< Bytes of all buffers; changed with `_cacheMutex` held.
   std::atomic<VXuint64> _maxCacheSizeKB{50000};       ///< The limit; synchronises itself.
   std::atomic<VXuint64> _memoryOptimizationLevel{0};  ///< 0 to 10; synchronises itself.
-  /// Guards the lists, the sizes and all buffers of this cache. It is the innermost lock of the library but for the
-  /// callback lists of notifications and messages, and outlives the cache as long as a buffer knows it.
+  /// Guards the lists, the sizes and all buffers of this cache, and lives on with them. No other lock of the library is
+  /// taken while it is held, but for those inside the message channel.
   Mutex& _cacheMutex;
 
  private:
   friend class CachedBuffer;
 
   explicit Cache(const std::shared_ptr<CacheState>& state);
+  static CachedBuffer& _bufferAt(CachedBufferPosition position);
+  void _updateSize() noexcept;
+  void _dropBuffers();
   void _clearBuffers() noexcept;
 
   std::shared_ptr<CacheState> _state;  // shared with the buffers; constant after construction

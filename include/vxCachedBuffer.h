@@ -106,12 +106,16 @@ class VX_EXPORT CachedBuffer {
 
  private:
   friend class Cache;
-  class Lock;
 
-  void _leaveCache();
+  CacheState& _requireCacheState() const;
+  bool _leaveCache() noexcept;
+  void _freeBlock() noexcept;
+  void _reset() noexcept;
+  void _clearInitialized() noexcept;
 
-  std::shared_ptr<CacheState> _cacheState;  // of `_cache`; lives on when that ends
+  VXuint64 _listIndex = 0;                  // the list where the buffer really is; kept by the cache
   bool _isBlockOwn = false;                 // whether `_data` was allocated here, with exactly `_size` bytes
+  std::shared_ptr<CacheState> _cacheState;  // of `_cache`; lives on when that ends
 };
 
 }  // namespace vx

@@ -9,11 +9,11 @@
 #include "vxRuntime.h"
 #include "vxScaleShiftData.h"
 #include "vxSubImgBox.h"
-#include "vxThread.h"
 #include "vxTypes.h"
 
 #include <atomic>
 #include <condition_variable>
+#include <cstddef>
 #include <memory>
 #include <ostream>
 #include <vector>
@@ -28,6 +28,7 @@ class PagedImg;
 class RequestLevels;
 class SubImg;
 class ThreadDataClass;
+struct PageGroup;
 
 /// Delivers boxes of voxels (tiles) of the outputs of a network of modules.
 ///
@@ -181,18 +182,29 @@ class VX_EXPORT Host {
 
   // Property update.
   int _updateImageProps(BaseOp& op, VXint64 outIndex);
-  int _updateInputs(BaseOp& op, PagedImg& img);
+  int _updateInputs(BaseOp& op);
   int _updateOutput(BaseOp& op, VXint64 outIndex, PagedImg& img);
   bool _requiredOperationsComplete(BaseOp& op, VXint64 outIndex);
 
-  // The road of a tile, in the order of its stations.
+  // The road of a tile, in the order of its stations. The request:
   int _getTileCore(BaseOp& op, VXint64 outIndex, const SubImgBox& box, int dataType, void* data,
                    const ScaleShiftData& scaleShift);
   int _processPagesHelper(BaseOp& op, VXint64 outIndex, const SubImgBox& box, int dataType, void* data,
                           const ScaleShiftData& scaleShift, bool isProcessAllPages, PagedImg& outImg);
+  int _processGroups(BaseOp& op, VXint64 outIndex, SubImg& tile, const ScaleShiftData& scaleShift,
+                     bool isProcessAllPages, PagedImg& outImg);
+  int _processGroup(BaseOp& op, VXint64 outIndex, const std::vector<VXint64>& ids, SubImg& tile,
+                    const ScaleShiftData& scaleShift, bool isProcessAllPages, PagedImg& outImg);
+  // The pages of a group:
   void _calcPages(BaseOp& op, PagedImg& outImg, VXint64 outIndex, const std::vector<VXint64>& ids, VXuint64 depth,
                   bool hasNoOutput);
+  void _preparePage(PageGroup& group, std::size_t position);
+  // The inputs of a page:
   void _initializePageData(ThreadDataClass& data, bool isFirstPage, unsigned long depth);
+  void _requestInput(ThreadDataClass& data, VXint64 inIndex, bool isFirstPage, unsigned long depth);
+  // The chunks of the group, and one of them:
+  void _runChunks(PageGroup& group);
+  void _finishThreads(PageGroup& group, ChunkRun& run);
   static void _calcPagesMT(void* arg);
 
   void* _progressCBUserData = nullptr;
@@ -203,15 +215,15 @@ class VX_EXPORT Host {
   std::atomic<VXuint32> _processingActive{0};
   Cache _cache;
 
-  // The mutex guards the counters of the run whose chunks are being calculated; each change of them is signalled. It is
-  // taken before the mutex of the table of voxel types and before that of the cache, and never while one of these is
-  // held.
+  // Guards the counters of the runs whose chunks are being calculated; changes that others wait for are signalled. It
+  // is taken before the mutex of the table of voxel types and that of the cache, and never while one of these is held.
   Mutex _threadStateMutex;
   std::condition_variable_any _threadStateChanged;
-  // Held for the whole length of a request that comes from inside a calculation on several threads. It is taken first.
-  Mutex _nestedRequestMutex;
 
-  // Memory that the levels of a request leave to the next request; used by the requesting thread.
+  // Failures of the last run of the request that is under way; used by the thread that requests.
+  VXint32 _numThreadErrors = 0;
+
+  // Memory that a request leaves to the next one; used by the thread that requests.
   std::unique_ptr<RequestLevels> _levels;
 
   static Host* _defaultHost;

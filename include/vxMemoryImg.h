@@ -65,8 +65,10 @@ class VX_EXPORT MemoryImg {
   std::string getAsString() const;
 
  private:
-  // Bytes of a number of voxels, of which a negative one counts as 0; saturates.
-  static VXuint64 _numBytes(int dataType, const SubImgBox& box);
+  // Bytes of the memory; 0 without.
+  VXuint64 _numBytes() const;
+  // Bytes of a region; saturates.
+  static VXuint64 _numBytes(VXuint32 voxelSize, const SubImgBox& box);
 
   SubImg _subImg;
   bool _valid = false;

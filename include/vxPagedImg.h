@@ -180,6 +180,9 @@ class VX_EXPORT PagedImg : public MedicalImageProperties {
   // Makes a table for a number of pages; all entries are null.
   void _reallocPages(VXint64 count);
   void _deletePageList();
+  bool _isPageID(VXint64 id) const noexcept;
+  // Bytes of a page of the image's type; saturates.
+  VXuint64 _numPageBytes() const noexcept;
   // Runs a tile request, unless the image is free-standing, which is reported.
   template <class Request>
   int _requestTile(const char* label, const Request& request) const;

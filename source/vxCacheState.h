@@ -1,0 +1,60 @@
+// What a cache shares with its buffers, so that they may end in either order.
+
+#ifndef VX_CACHE_STATE_H
+#define VX_CACHE_STATE_H
+
+#include "vxCache.h"
+#include "vxUtilsAPI.h"
+#include "vxWarmBlocks.h"
+
+#include <algorithm>
+
+namespace vx {
+
+// An exact sum of sizes, also of such that don't fit 64 bits together: what was added can be subtracted again.
+class ByteSum {
+ public:
+  void add(VXuint64 size) noexcept {
+    _low += size;
+    if (_low < size) ++_high;
+  }
+  // Ends at 0 where less was added before.
+  void subtract(VXuint64 size) noexcept {
+    if (_low < size && _high-- == 0) {
+      reset();
+      return;
+    }
+    _low -= size;
+  }
+  void reset() noexcept { _low = _high = 0; }
+  // The sum, or the greatest number where it is greater.
+  VXuint64 getBytes() const noexcept { return _high ? ~0ULL : _low; }
+
+ private:
+  VXuint64 _low = 0;
+  VXuint64 _high = 0;
+};
+
+// Lives as long as the cache or a buffer that was ever given to it. The mutex guards all other members but `cache`,
+// which is changed with it held.
+struct CacheState {
+  Mutex mutex;
+  std::atomic<Cache*> cache{nullptr};  // null after the end of the cache
+  ByteSum held;                        // bytes of all buffers in the lists
+  ByteSum locked;                      // those of them that are locked
+  VXuint64 peak = 0;                   // the greatest `held` so far
+  WarmBlocks warmBlocks{Cache::maxWarmBytes};
+
+  // A block of that size; null without memory. What is kept in free blocks gives way to it.
+  void* allocate(VXuint64 size) noexcept {
+    if (void* const warm = warmBlocks.take(size)) return warm;
+    void* const block = VXAlloc(size, VX_RETURN_NULL);
+    if (block || warmBlocks.getBytes() == 0) return block;
+    warmBlocks.clear();
+    return VXAlloc(size, VX_RETURN_NULL);
+  }
+};
+
+}  // namespace vx
+
+#endif
