@@ -1,15 +1,24 @@
 #include "vxInitSystemVX.h"
 
 #include "vxAPI.h"
+#include "vxBaseOp.h"
+#include "vxCache.h"
+#include "vxDummyOp.h"
+#include "vxEngine.h"
+#include "vxEngineHooks.h"
 #include "vxEnvironment.h"
 #include "vxField.h"
 #include "vxFieldContainer.h"
 #include "vxGuards.h"
+#include "vxHost.h"
 #include "vxImageProperties.h"
 #include "vxImagePropertyExtension.h"
 #include "vxMedicalImageProperties.h"
+#include "vxMemoryImg.h"
 #include "vxNotify.h"
+#include "vxPagedImg.h"
 #include "vxSubImg.h"
+#include "vxSystemInfo.h"
 #include "vxThread.h"
 #include "vxTraceBuffer.h"
 #include "vxTreeNode.h"
@@ -42,21 +51,30 @@ int VXinit() {
       report(VX_FATAL, "VXinit()", VX_TYPE_INIT_FAILED,
              "Could not initialize standard VX types required for basic operations.");
     }
+    installEngineHooks();
     // Parents before their children: a class names its parent by text.
     for (const auto initClass : {
+             &BaseOp::initClass,
+             &Cache::initClass,
+             &DummyOp::initClass,
+             &Engine::initClass,
              &Field::initClass,
              &initFieldClasses,
              &FieldContainer::initClass,
+             &Host::initClass,
              &ImageProperties::initClass,
              &ImagePropertyExtensionContainer::initClass,
              &ImagePropertyExtension::initClass,
              &MedicalImageProperties::initClass,
+             &MemoryImg::initClass,
+             &PagedImg::initClass,
              &SubImg::initClass,
              &TreeNode::initClass,
              &TreeNodeException::initClass,
          }) {
       initClass(nullptr, nullptr);
     }
+    DummyOp::getGlobalInstance();  // before any module of a host
     _vxIsInitialized = true;
     setVXEnvironment();
   });
@@ -66,7 +84,17 @@ int VXinit() {
 void VXdestroy() {
   const TraceFrame trace("source/vxInitSystemVX:VXdestroy()");
   guardedBlock([] {
+    // The one is the placeholder.
+    if (BaseOp::getNumBaseOps() != 1) {
+      report(
+          VX_WARNING, "VXdestroy()", VX_MISUSED_INTERFACE,
+          "There are still undeleted VX modules while calling destroyVX(). They must be deleted before, because they "
+          "cannot be destructed after VX destruction or memory leaks would remain.");
+    }
     VXNotify.removeAllNotifyCBs();
+    DummyOp::destroyDummyOp();
+    BaseOp::destroyBaseOp();
+    Host::destroyDefaultHost();
     Runtime::destroy();
     VXErrorOutput.destroy();
     VXDestroyTypes();
@@ -89,6 +117,11 @@ void destroyVX() { VXdestroy(); }
 void setVXEnvironment() {
   const TraceFrame trace("source/vxInitSystemVX:setVXEnvironment()");
   guardedBlock([] {
+    Host& host = Host::getDefaultHost();
+    const char* const numThreads = environmentText("VX_NUM_THREADS");
+    host.setMaxNumThreads(numThreads ? static_cast<VXuint32>(toInt(numThreads))
+                                     : SystemInfo::getNumVirtualProcessors());
+
     const char* const debugOn = environmentText("VX_DEBUG_ON");
     const unsigned int filter = VXErrorOutput.getMessageFilter();
     VXErrorOutput.setMessageFilter(debugOn && toInt(debugOn) != 0 ? filter | VX_DEBUG : filter & 0xF7U);
@@ -101,6 +134,13 @@ void setVXEnvironment() {
     }
     if (const char* const messageFilter = environmentText("VX_MESSAGE_FILTER")) {
       VXErrorOutput.setMessageFilter(static_cast<unsigned int>(toInt(messageFilter)));
+    }
+    // A negative number becomes a huge one.
+    if (const char* const level = environmentText("VX_MEM_OPT_LEVEL")) {
+      host.getCache().setMemoryOptimizationLevel(static_cast<VXuint64>(toInt(level)));
+    }
+    if (const char* const sizeKB = environmentText("VX_CACHE_SIZE_IN_KB")) {
+      host.getCache().setMaxCacheSizeKB(static_cast<VXuint64>(toInt(sizeKB)));
     }
     if (!environmentText("VX_SUPPRESS_VXTYPEEXTENSION_LOAD")) VXLoadLibraryWOError("VXTypeExtensions");
   });
@@ -121,6 +161,14 @@ __attribute__((destructor)) void detachLibrary() {
   const TraceFrame trace("source/vxInitSystemVX:_destroyMethod##initDll()");
   if (VXIsCurrentlyUnloadingLibrary()) Runtime::destroyRuntimeTypesOfDll(registryName);
   waitForThreads(unloadWait);
+}
+
+// What the library made for itself goes behind all static objects, which may be modules; nobody is told any more.
+__attribute__((destructor(102))) void releaseOwnObjects() {
+  VXNotify.removeAllNotifyCBs();
+  DummyOp::destroyDummyOp();
+  BaseOp::destroyBaseOp();
+  Host::destroyDefaultHost();
 }
 
 }  // namespace
