@@ -63,6 +63,18 @@ class GroupLocks {
   const std::vector<VXint64>& _ids;
 };
 
+// Keeps a buffer from being dropped, for the length of a scope.
+class BufferLock {
+ public:
+  explicit BufferLock(CachedBuffer& buffer) : _buffer(buffer) { _buffer.lock(); }
+  ~BufferLock() { _buffer.unlock(); }
+  BufferLock(const BufferLock&) = delete;
+  BufferLock& operator=(const BufferLock&) = delete;
+
+ private:
+  CachedBuffer& _buffer;
+};
+
 // A request has failures of its own; one inside another leaves those of the outer one alone.
 class ErrorCountScope {
  public:
@@ -116,6 +128,7 @@ int Host::getTile(BaseOp& op, VXint64 outIndex, SubImgBox box, int dataType, Cac
   guardProcessing(
       [&] {
         buffer.init(_cache, 0, numBytesChecked(dataType, box), nullptr);
+        const BufferLock lock(buffer);  // the request flushes the cache
         result = _getTileCore(op, outIndex, box, dataType, buffer.getData(), scaleShift);
       },
       [&](int code) {
