@@ -10,10 +10,11 @@
 namespace vx::test {
 
 RandomNetwork::RandomNetwork(unsigned long long seed) : _dice(seed), _isLarge(_dice.once(40)) {
-  setHostLimits();
   const int numNodes = static_cast<int>(_dice.number(1, _isLarge ? 5 : 20));
   _nodes.resize(static_cast<std::size_t>(numNodes));
   for (int i = 0; i < numNodes; ++i) addNode(i);
+  limitPages();
+  setHostLimits();
 }
 
 RandomNetwork::~RandomNetwork() {
@@ -46,9 +47,7 @@ PlainPosition RandomNetwork::randomExtent(long long maxVoxels) {
   return extent;
 }
 
-PlainPosition RandomNetwork::randomPageExtent() {
-  return randomExtent(_isLarge ? 40000 : _dice.once(8) ? 2000 : 200);
-}
+PlainPosition RandomNetwork::randomPageExtent() { return randomExtent(_isLarge ? 40000 : _dice.once(8) ? 2000 : 200); }
 
 ModuleParameters RandomNetwork::randomParameters(ModuleKind kind) {
   ModuleParameters p;
@@ -56,15 +55,19 @@ ModuleParameters RandomNetwork::randomParameters(ModuleKind kind) {
   const auto fraction = [this] { return static_cast<double>(_dice.number(-24, 24)) / 8; };
   const auto type = [this] { return static_cast<int>(_dice.number(0, numPlainTypes - 1)); };
   p.extent = randomExtent(_isLarge ? 20000 : 1500);
+  const auto firstDimension = static_cast<std::size_t>(_dice.number(0, 3));
   for (std::size_t d = 0; d < 6; ++d) {
     if (kind == ModuleKind::neighbourhood) {
-      p.offset[d] = _dice.once(3) ? 1 : 0;
+      // No more than three dimensions, so that the window stays small.
+      p.offset[d] = d >= firstDimension && d < firstDimension + 3 && _dice.once(2) ? 1 : 0;
     } else {
       p.offset[d] = _dice.once(2) ? _dice.number(-3, 3) : 0;
     }
   }
   if (kind == ModuleKind::neighbourhood && _dice.once(8)) p.offset = {7, 0, 0, 0, 0, 0};
-  if (kind == ModuleKind::source || kind == ModuleKind::pageChange || _dice.once(3)) p.pageExtent = randomPageExtent();
+  if (kind == ModuleKind::source || kind == ModuleKind::pageChange || kind == ModuleKind::crop || _dice.once(3)) {
+    p.pageExtent = randomPageExtent();
+  }
   if (kind == ModuleKind::source || kind == ModuleKind::typeChange || _dice.once(6)) p.type = type();
   if (_dice.once(5)) p.inputType = type();
   if (_dice.once(4)) {
@@ -80,13 +83,43 @@ ModuleParameters RandomNetwork::randomParameters(ModuleKind kind) {
   return p;
 }
 
+PlainPosition RandomNetwork::extentOf(int index) const {
+  const Node& node = _nodes[static_cast<std::size_t>(index)];
+  if (node.links.empty() || node.parameters.kind == ModuleKind::crop) return node.parameters.extent;
+  return node.links[0].node < 0 ? PlainPosition{1, 1, 1, 1, 1, 1} : extentOf(node.links[0].node);
+}
+
+void RandomNetwork::limitPages() {
+  for (std::size_t i = 0; i < _nodes.size(); ++i) {
+    PlainPosition& pages = _nodes[i].parameters.pageExtent;
+    if (pages[0] == 0) continue;
+    const PlainPosition extent = extentOf(static_cast<int>(i));
+    const PlainPosition former = pages;
+    long long numVoxels = 1;
+    long long numPagedVoxels = 1;
+    for (std::size_t d = 0; d < 6; ++d) {
+      numVoxels *= extent[d];
+      numPagedVoxels *= (extent[d] + pages[d] - 1) / pages[d] * pages[d];
+    }
+    for (std::size_t d = 0; d < 6 && numPagedVoxels > std::max(6 * numVoxels, 400LL); ++d) {
+      if (pages[d] <= extent[d]) continue;
+      numPagedVoxels = numPagedVoxels / pages[d] * extent[d];
+      pages[d] = extent[d];
+    }
+    if (pages == former) continue;
+    _nodes[i].module->setParameters(_nodes[i].parameters);
+    forget(static_cast<int>(i));
+  }
+}
+
 RandomNetwork::Link RandomNetwork::randomLink(int node) {
   Link link;
   if (node == 0 || _dice.once(20)) return link;
   // Mostly a recent module, so that chains become long.
   const int farthest = _dice.once(3) ? 0 : std::max(0, node - 3);
   link.node = static_cast<int>(_dice.number(farthest, node - 1));
-  link.outIndex = static_cast<int>(_dice.number(0, _nodes[static_cast<std::size_t>(link.node)].parameters.numOutputs() - 1));
+  link.outIndex =
+      static_cast<int>(_dice.number(0, _nodes[static_cast<std::size_t>(link.node)].parameters.numOutputs() - 1));
   return link;
 }
 

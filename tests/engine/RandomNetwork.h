@@ -35,7 +35,8 @@ class RandomNetwork {
   RandomNetwork(const RandomNetwork&) = delete;
   RandomNetwork& operator=(const RandomNetwork&) = delete;
 
-  /// Changes something up to three times: a parameter, a connection, pages, the cache, the number of threads or the host.
+  /// Changes something up to three times: a parameter, a connection, pages, the cache, the number of threads or the
+  /// host.
   void editSometimes();
   /// Requests a random tile of a random output and compares. \return what was wrong, or an empty text.
   std::string requestTile();
@@ -66,6 +67,9 @@ class RandomNetwork {
   PlainPosition randomExtent(long long maxVoxels);
   PlainPosition randomPageExtent();
   Link randomLink(int node);
+  /// Cuts pages that reach so far past their images that the test would take its time with nothing but that.
+  void limitPages();
+  PlainPosition extentOf(int node) const;
   void addNode(int index);
   void connect(int node, int input, const Link& link);
 
@@ -77,6 +81,8 @@ class RandomNetwork {
   void changeHost();
   void setHostLimits();
   void forgetCounts();
+  /// The greatest number of paths that lead to one module.
+  long long numPaths() const;
 
   // The model.
   const Output& evaluate(int node, int outIndex);
@@ -86,7 +92,7 @@ class RandomNetwork {
   Tile randomTile(int node, int outIndex, const PlainImage* image);
   int deliver(Tile& tile);
   std::string compare(const Tile& tile, const PlainImage& image);
-  std::string checkState();
+  std::string checkState(bool isCacheFlushed);
 
   void note(const std::string& text) { _history.push_back(text); }
 

@@ -12,6 +12,7 @@ namespace vx::test {
 
 void RandomNetwork::editSometimes() {
   for (long long i = _dice.number(0, 3); i > 0; --i) edit();
+  limitPages();
 }
 
 void RandomNetwork::edit() {
@@ -104,8 +105,8 @@ void RandomNetwork::clearPages() {
     case 4: {
       // Nobody is told of this, so a module that takes the placeholder would see that.
       const bool isSeen = std::any_of(_nodes.begin(), _nodes.end(), [=](const Node& other) {
-        return other.parameters.acceptsOpenInputs &&
-               std::any_of(other.links.begin(), other.links.end(), [=](const Link& link) { return link.node == index; });
+        return other.parameters.acceptsOpenInputs && std::any_of(other.links.begin(), other.links.end(),
+                                                                 [=](const Link& link) { return link.node == index; });
       });
       if (isSeen) return;
       node.module->clearOutImg(outIndex);
@@ -138,14 +139,31 @@ void RandomNetwork::changeHost() {
 void RandomNetwork::setHostLimits() {
   Host& host = Host::getDefaultHost();
   host.setMaxNumThreads(static_cast<VXuint32>(_dice.number(1, 8)));
+  // Without a cache a page is calculated on every path that leads to it.
   static constexpr VXuint64 limits[] = {0, 1, 4, 20, 100, 1000, 50000, 50000, 50000};
-  host.getCache().setMaxCacheSizeKB(limits[_dice.number(0, std::size(limits) - 1)]);
-  host.getCache().setMemoryOptimizationLevel(_dice.once(6) ? static_cast<VXuint64>(_dice.number(1, 10)) : 0);
+  const long long smallest = numPaths() > 60 ? 5 : 0;
+  host.getCache().setMaxCacheSizeKB(limits[_dice.number(smallest, std::size(limits) - 1)]);
+  host.getCache().setMemoryOptimizationLevel(smallest == 0 && _dice.once(6) ? static_cast<VXuint64>(_dice.number(1, 10))
+                                                                            : 0);
   _isCacheAmple = host.getCache().getMaxCacheSizeKB() == 50000 && host.getCache().getMemoryOptimizationLevel() == 0;
   forgetCounts();
   note("host with " + std::to_string(host.getMaxNumThreads()) + " threads, " +
        std::to_string(host.getCache().getMaxCacheSizeKB()) + " KB, level " +
        std::to_string(host.getCache().getMemoryOptimizationLevel()));
+}
+
+long long RandomNetwork::numPaths() const {
+  std::vector<long long> numPathsTo;
+  long long most = 0;
+  for (const Node& node : _nodes) {
+    long long number = 1;
+    for (const Link& link : node.links) {
+      if (link.node >= 0) number += numPathsTo[static_cast<std::size_t>(link.node)];
+    }
+    numPathsTo.push_back(number);
+    most = std::max(most, number);
+  }
+  return most;
 }
 
 void RandomNetwork::forgetCounts() {

@@ -7,6 +7,7 @@
 #include "MessageRecorder.h"
 #include "RandomNetwork.h"
 
+#include "vxTimeCounter.h"
 #include "vxUtilsAPI.h"
 
 #include <cstdlib>
@@ -48,7 +49,10 @@ TEST(ReferenceTest, EveryTileOfARandomNetworkEqualsThePlainLoops) {
   const unsigned long long seed = setting("VX_REFERENCE_SEED", 1);
   std::cout << numNetworks << " networks of " << numTiles << " tiles from seed " << seed << std::endl;
   for (unsigned long long i = 0; i < numNetworks; ++i) {
+    const TimeCounter time;
     const std::string error = runNetwork(seed + i, numTiles);
+    if (time.getRunningTimeInSeconds() > 1)
+      std::cout << "SLOW " << seed + i << " " << time.getRunningTimeInSeconds() << std::endl;
     ASSERT_EQ(error, "") << "repeat with VX_REFERENCE_SEED=" << seed + i
                          << " VX_REFERENCE_NETWORKS=1 VX_REFERENCE_TILES=" << numTiles;
   }

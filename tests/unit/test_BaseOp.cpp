@@ -234,7 +234,8 @@ TEST_F(BaseOpTest, AnInvalidSupportOfVoxelTypesIsKeptAndRequiresStandardTypes) {
 TEST_F(BaseOpTest, StandardTypesMeetTheirRequirements) {
   BaseOp op(0, 0);
   for (VXDataType type = 0; type < 10; ++type) {
-    EXPECT_EQ(VXTypePropBitsTest(VXGetTypeInfosForDataType(type)->propertyBits, op.getVoxelDataTypeRequirements()), 1) << type;
+    EXPECT_EQ(VXTypePropBitsTest(VXGetTypeInfosForDataType(type)->propertyBits, op.getVoxelDataTypeRequirements()), 1)
+        << type;
   }
 }
 
