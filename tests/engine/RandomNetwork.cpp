@@ -79,6 +79,7 @@ ModuleParameters RandomNetwork::randomParameters(ModuleKind kind) {
   p.seed = _dice.number(0, 1000000);
   p.acceptsOpenInputs = _dice.once(3);
   p.clipsInputs = _dice.once(2);
+  p.holdsInputs = _dice.once(4);
   p.supportsThreads = !_dice.once(3);
   return p;
 }

@@ -81,8 +81,7 @@ class RandomNetwork {
   void changeHost();
   void setHostLimits();
   void forgetCounts();
-  /// The greatest number of paths that lead to one module.
-  long long numPaths() const;
+  long long costWithoutCache() const;
 
   // The model.
   const Output& evaluate(int node, int outIndex);

@@ -13,6 +13,7 @@ namespace vx::test {
 void RandomNetwork::editSometimes() {
   for (long long i = _dice.number(0, 3); i > 0; --i) edit();
   limitPages();
+  if (Host::getDefaultHost().getCache().getMaxCacheSizeKB() < 1000 && costWithoutCache() > 300) setHostLimits();
 }
 
 void RandomNetwork::edit() {
@@ -141,7 +142,7 @@ void RandomNetwork::setHostLimits() {
   host.setMaxNumThreads(static_cast<VXuint32>(_dice.number(1, 8)));
   // Without a cache a page is calculated on every path that leads to it.
   static constexpr VXuint64 limits[] = {0, 1, 4, 20, 100, 1000, 50000, 50000, 50000};
-  const long long smallest = numPaths() > 60 ? 5 : 0;
+  const long long smallest = costWithoutCache() > 300 ? 5 : 0;
   host.getCache().setMaxCacheSizeKB(limits[_dice.number(smallest, std::size(limits) - 1)]);
   host.getCache().setMemoryOptimizationLevel(smallest == 0 && _dice.once(6) ? static_cast<VXuint64>(_dice.number(1, 10))
                                                                             : 0);
@@ -152,16 +153,23 @@ void RandomNetwork::setHostLimits() {
        std::to_string(host.getCache().getMemoryOptimizationLevel()));
 }
 
-long long RandomNetwork::numPaths() const {
-  std::vector<long long> numPathsTo;
+// How many calculations a page may take: the paths that lead to it, a step of which takes several pages where a module
+// looks further than to the same place.
+long long RandomNetwork::costWithoutCache() const {
+  std::vector<long long> costs;
   long long most = 0;
   for (const Node& node : _nodes) {
-    long long number = 1;
+    const ModuleParameters& p = node.parameters;
+    const bool isWhole = p.holdsInputs || p.kind == ModuleKind::mirror;
+    const bool isPointwise = p.pageExtent[0] == 0 && (p.kind == ModuleKind::inplace || p.kind == ModuleKind::blend ||
+                                                      p.kind == ModuleKind::bypass || p.kind == ModuleKind::typeChange);
+    const long long factor = isWhole ? 12 : isPointwise ? 1 : 3;
+    long long cost = 1;
     for (const Link& link : node.links) {
-      if (link.node >= 0) number += numPathsTo[static_cast<std::size_t>(link.node)];
+      if (link.node >= 0) cost += factor * costs[static_cast<std::size_t>(link.node)];
     }
-    numPathsTo.push_back(number);
-    most = std::max(most, number);
+    costs.push_back(std::min(cost, 1000000LL));
+    most = std::max(most, cost);
   }
   return most;
 }
