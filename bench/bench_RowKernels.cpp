@@ -73,8 +73,10 @@ constexpr double shift = 3;
 void convertBeside(benchmark::State& state, int outType, int inType, bool scaled, std::size_t n) {
   const std::size_t inBytes = n * typeSizes[inType];
   const std::size_t outBytes = n * typeSizes[outType];
-  Block in(inBytes);
-  Block out(outBytes);
+  // Room for a copy of as many bytes in all, half of them read and half of them written, none of them twice.
+  const std::size_t copyBytes = (inBytes + outBytes) / 2;
+  Block in(std::max(inBytes, copyBytes));
+  Block out(std::max(outBytes, copyBytes));
   setValuesOf[inType](in.bytes, n);
   const RowKernels& kernels = rowKernels();
   const RowKernels& reference = referenceLoops();
@@ -92,13 +94,8 @@ void convertBeside(benchmark::State& state, int outType, int inType, bool scaled
   for (auto _ : state) {
     std::vector<std::function<void()>> works = {[&] { run(kernels); }, [&] { run(reference); }};
     if (large) {
-      // A copy of as many bytes in all, half of them read and half of them written.
-      const std::size_t half = (inBytes + outBytes) / 2;
-      works.push_back([&, half] {
-        const std::size_t part = std::min(half, std::min(inBytes, outBytes));
-        for (std::size_t done = 0; done < half; done += part) {
-          std::memcpy(out.bytes, in.bytes, std::min(part, half - done));
-        }
+      works.push_back([&] {
+        std::memcpy(out.bytes, in.bytes, copyBytes);
         benchmark::ClobberMemory();
       });
     }

@@ -10,11 +10,9 @@ namespace vx {
 
 /// Chooses page extents from wishes and limits.
 ///
-/// The class has no objects. Its functions may be called from any thread.
+/// All of it is static. Its functions may be called from any thread.
 class VX_EXPORT BaseOpTools {
  public:
-  BaseOpTools() = delete;
-
   /// More pages than this one image shall not have.
   static constexpr VXint64 MAX_NUM_PAGES_PER_IMAGE = 524288;
 

@@ -46,8 +46,10 @@ struct CacheFigures {
 /// at most #maxWarmBytes, until clearCache() or the end of the cache. After a flush the cache thus takes no more than
 /// its limit or the locked buffers, whichever is greater, and that constant.
 ///
-/// All functions are safe from any thread but for getCacheTable(). Notifications are sent with no lock held; what a
-/// callback throws passes on, after the work is done.
+/// All functions are safe from any thread but for getCacheTable(). flushCache() and clearCache() send their
+/// notification while they still hold the lock: a callback may use the cache, but must not wait for another thread that
+/// locks it. The functions that tell size, limit and level take no lock. What a callback throws passes on, after the
+/// work is done and the lock given back.
 class VX_EXPORT Cache {
  public:
   /// Number of priorities, from 0, the cheapest, to 9.
@@ -120,12 +122,13 @@ class VX_EXPORT Cache {
   friend VX_EXPORT std::ostream& operator<<(std::ostream& stream, const Cache& cache);
 
  protected:
-  CachedBufferList _priorityLists[numPriorities];     ///< The buffers by priority; guarded by `_cacheMutex`.
+  /// The buffers by priority.
+  CachedBufferList _priorityLists[numPriorities] VX_GUARDED_BY(_cacheMutex);
   std::atomic<VXuint64> _currentCacheSize{0};         ///< Bytes of all buffers; changed with `_cacheMutex` held.
   std::atomic<VXuint64> _maxCacheSizeKB{50000};       ///< The limit; synchronises itself.
   std::atomic<VXuint64> _memoryOptimizationLevel{0};  ///< 0 to 10; synchronises itself.
   /// Guards the lists, the sizes and all buffers of this cache, and lives on with them. No other lock of the library is
-  /// taken while it is held, but for those inside the message channel.
+  /// taken while it is held, but for those inside messages and notifications.
   Mutex& _cacheMutex;
 
  private:
@@ -133,9 +136,9 @@ class VX_EXPORT Cache {
 
   explicit Cache(const std::shared_ptr<CacheState>& state);
   static CachedBuffer& _bufferAt(CachedBufferPosition position);
-  void _updateSize() noexcept;
-  void _dropBuffers();
-  void _clearBuffers() noexcept;
+  void _updateSize() noexcept VX_REQUIRES(_cacheMutex);
+  void _dropBuffers() VX_REQUIRES(_cacheMutex);
+  void _clearBuffers() noexcept VX_REQUIRES(_cacheMutex);
 
   std::shared_ptr<CacheState> _state;  // shared with the buffers; constant after construction
 };

@@ -57,6 +57,10 @@ class VX_EXPORT Host {
 
   /// Makes a host with an empty cache of its own, no callbacks, and 2 threads.
   Host();
+  /// Not supported: reports as fatal with ::VX_MISUSED_INTERFACE and makes a host as Host().
+  Host(const Host& other);
+  /// Not supported: reports as fatal with ::VX_MISUSED_INTERFACE and changes nothing.
+  Host& operator=(const Host& other);
   /// Clears the cache: all pages that it holds lose their memory, locked ones as well.
   virtual ~Host();
 
@@ -176,10 +180,6 @@ class VX_EXPORT Host {
   friend VX_EXPORT std::ostream& operator<<(std::ostream& stream, const Host& host);
 
  private:
-  // Both only report that they aren't supported; the constructor makes an ordinary new host.
-  Host(const Host& other);
-  Host& operator=(const Host& other);
-
   // Property update.
   int _updateImageProps(BaseOp& op, VXint64 outIndex);
   int _updateInputs(BaseOp& op);

@@ -58,6 +58,13 @@ class VX_EXPORT MemoryImg {
   /// \copydoc getSubImg()
   const SubImg& getSubImg() const noexcept { return _subImg; }
 
+  /// A request reads the voxels from here on. The host doesn't provide other memory while there are readers.
+  void addReader() noexcept { ++_numReaders; }
+  /// Takes back one addReader().
+  void removeReader() noexcept { --_numReaders; }
+  /// \return whether a request reads the voxels.
+  bool hasReaders() const noexcept { return _numReaders > 0; }
+
   /// \return the bytes of the block, cut to 32 bits; 0 without memory.
   VXuint32 getMemoryImgSize() const;
 
@@ -73,6 +80,7 @@ class VX_EXPORT MemoryImg {
   SubImg _subImg;
   bool _valid = false;
   bool _manualControl = false;
+  VXint64 _numReaders = 0;
 };
 
 }  // namespace vx

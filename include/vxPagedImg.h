@@ -181,8 +181,8 @@ class VX_EXPORT PagedImg : public MedicalImageProperties {
   void _reallocPages(VXint64 count);
   void _deletePageList();
   bool _isPageID(VXint64 id) const noexcept;
-  // Bytes of a page of the image's type; saturates.
-  VXuint64 _numPageBytes() const noexcept;
+  // A page as a block, without data unless the page has memory for all of its voxels.
+  SubImg _wrapPage(VXint64 id, BYPASS_TYPES type) const;
   // Runs a tile request, unless the image is free-standing, which is reported.
   template <class Request>
   int _requestTile(const char* label, const Request& request) const;

@@ -177,7 +177,9 @@ bool BaseOp::_addBaseOp(BaseOp& op) {
 
 VXint64 BaseOp::_removeBaseOp(BaseOp& op) {
   const TraceFrame trace("source/vxBaseOp:BaseOp::_removeBaseOp()");
-  const VXint64 index = findBaseOpIndex(op);
+  // The newest module is the first to go where modules come and go in scopes.
+  const bool isNewest = getNumBaseOps() > 0 && _instantiatedModules->back() == &op;
+  const VXint64 index = isNewest ? getNumBaseOps() - 1 : findBaseOpIndex(op);
   if (index < 0) return -1;
   _instantiatedModules->erase(_instantiatedModules->begin() + index);
   VXNotify.notify(moduleRemoved, &op, nullptr);

@@ -49,7 +49,7 @@ Cache& Cache::operator=(const Cache& /*other*/) {
 
 Cache::~Cache() {
   const TraceFrame trace("source/vxCache:Cache::~Cache()");
-  const MutexLock lock(_state->mutex);
+  const MutexLock lock(_cacheMutex);
   _clearBuffers();
   _state->cache = nullptr;
 }
@@ -79,7 +79,7 @@ void Cache::setMemoryOptimizationLevel(VXuint64 level) {
 
 CachedBufferPosition Cache::addBuffer(VXuint64 priority, CachedBuffer* buffer) {
   const TraceFrame trace("source/vxCache:Cache::addBuffer()");
-  const MutexLock lock(_state->mutex);
+  const MutexLock lock(_cacheMutex);
   checkFatal(buffer != nullptr);
   priority = clampPriority(priority);
   CachedBufferList& list = _priorityLists[priority];
@@ -93,7 +93,7 @@ CachedBufferPosition Cache::addBuffer(VXuint64 priority, CachedBuffer* buffer) {
 
 void Cache::removeBuffer(VXuint64 priority, CachedBufferPosition position) {
   const TraceFrame trace("source/vxCache:Cache::removeBuffer()");
-  const MutexLock lock(_state->mutex);
+  const MutexLock lock(_cacheMutex);
   // There is nothing to read at the end of a list.
   if (position == _priorityLists[clampPriority(priority)].end()) return;
   const CachedBuffer& buffer = _bufferAt(position);
@@ -104,7 +104,7 @@ void Cache::removeBuffer(VXuint64 priority, CachedBufferPosition position) {
 
 void Cache::changePriorityList(CachedBufferPosition position, VXuint64 newPriority) {
   const TraceFrame trace("source/vxCache:Cache::changePriorityList()");
-  const MutexLock lock(_state->mutex);
+  const MutexLock lock(_cacheMutex);
   newPriority = clampPriority(newPriority);
   CachedBuffer& buffer = _bufferAt(position);
   if (buffer.getPriority() == newPriority) return;
@@ -124,12 +124,12 @@ void Cache::_updateSize() noexcept { _currentCacheSize.store(_state->held.getByt
 
 void Cache::flushCache() {
   const TraceFrame trace("source/vxCache:Cache::flushCache()");
+  const MutexLock lock(_cacheMutex);
   _dropBuffers();
   VXNotify.notify(cacheWasFlushed, nullptr, nullptr);
 }
 
 void Cache::_dropBuffers() {
-  const MutexLock lock(_state->mutex);
   const VXuint64 limit = limitInBytes(getMaxCacheSizeKB());
   const VXuint64 level = getMemoryOptimizationLevel();
   for (VXuint64 priority = 0; priority < numPriorities; ++priority) {
@@ -145,12 +145,12 @@ void Cache::_dropBuffers() {
 
 void Cache::clearCache() {
   const TraceFrame trace("source/vxCache:Cache::clearCache()");
+  const MutexLock lock(_cacheMutex);
   _clearBuffers();
   VXNotify.notify(cacheWasCleared, nullptr, nullptr);
 }
 
 void Cache::_clearBuffers() noexcept {
-  const MutexLock lock(_state->mutex);
   for (CachedBufferList& list : _priorityLists) {
     while (!list.empty()) {
       CachedBuffer* const buffer = list.front();
@@ -169,7 +169,7 @@ void Cache::_clearBuffers() noexcept {
 }
 
 CacheFigures Cache::getFigures() const {
-  const MutexLock lock(_state->mutex);
+  const MutexLock lock(_cacheMutex);
   CacheFigures figures;
   figures.limit = limitInBytes(getMaxCacheSizeKB());
   figures.held = _state->held.getBytes();
@@ -183,7 +183,7 @@ std::ostream& operator<<(std::ostream& stream, const Cache& cache) {
   // Put together first, so that the cache isn't locked while a stream is slow.
   std::string text = "Used cache size in KB = ";
   {
-    const MutexLock lock(cache._state->mutex);
+    const MutexLock lock(cache._cacheMutex);
     text += std::to_string(cache.getCurrentCacheSizeKB());
     text += "\nVX_MEM_OPT_LEVEL      = " + std::to_string(cache.getMemoryOptimizationLevel());
     text += "\nNum pages in priority lists:\n";

@@ -40,7 +40,8 @@ void warnOfInTileCaching(const BaseOp& op, VXErrorCode code, const char* reason)
                     [&](const CallLabel& label) { report(VX_WARNING, label, code, reason); });
 }
 
-// In-tile caching takes the whole input as it is, once for all pages.
+// In-tile caching takes the whole input as it is, once for all pages. A memory image that a page of an outer level
+// reads in another type can't be had.
 void checkInTileCaching(const ThreadDataClass& data, InputPageData& input, const SubImgBox& box, bool isFirstPage) {
   if (!input._inTileCaching) return;
   if (!isFirstPage || input._inImg->getMemoryImg().getManualControl()) {
@@ -71,6 +72,10 @@ void checkInTileCaching(const ThreadDataClass& data, InputPageData& input, const
 bool holdsInput(const MemoryImg& memoryImg, const SubImgBox& box, const InputPageData& input) {
   return memoryImg.isValid() && memoryImg.getSubImg().getBox() == box &&
          memoryImg.getSubImg().getDataType() == input._dataType && input._scaleShiftData == ScaleShiftData();
+}
+
+void provideMemory(MemoryImg& memoryImg, const SubImgBox& box, VXDataType dataType) {
+  checkFatal(memoryImg.update(nullptr, 0, box, dataType) != VX_NO_MEMORY, VX_NO_MEMORY);
 }
 
 // Gives an input block its memory, and fills it unless a worker does that.
@@ -130,10 +135,13 @@ void Host::_requestInput(ThreadDataClass& data, VXint64 inIndex, bool isFirstPag
                       box == data._outSubImg->getBox() && input._dataType == data._outSubImg->getDataType();
 
   MemoryImg& memoryImg = input._inImg->getMemoryImg();
-  if (input._inTileCaching && !holdsInput(memoryImg, box, input)) {
-    checkFatal(memoryImg.update(nullptr, 0, box, input._dataType) != VX_NO_MEMORY, VX_NO_MEMORY);
+  const bool isHeld = holdsInput(memoryImg, box, input);
+  if (input._inTileCaching && !isHeld) {
+    input._inTileCaching = !memoryImg.hasReaders();
+    if (input._inTileCaching) provideMemory(memoryImg, box, input._dataType);
   }
-  input._useMemoryImg = !box.isEmpty() && !input._useInplace && holdsInput(memoryImg, box, input);
+  input._useMemoryImg = isHeld && !box.isEmpty() && !input._useInplace;
+  if (input._useMemoryImg || input._inTileCaching) input.readMemoryImg(memoryImg);
   if (box.isEmpty() || input._useMemoryImg) return;
   checkFatal(inOp != nullptr);
   withMemory([&] { input._inImg->getPageIDs(input._pageIDs, box); });

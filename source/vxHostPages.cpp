@@ -51,7 +51,7 @@ CachedBuffer& makePage(const PageGroup& group, VXint64 id, Cache& cache, SubImg&
   checkFatal(page != nullptr);
   page->lock();
   block.setDataType(outImg.getDataType());
-  block.setData(page->getData());
+  block.setData(group.hasNoOutput ? nullptr : page->getData());
   return *page;
 }
 
@@ -74,13 +74,13 @@ void takeBypassedPage(const PageGroup& group, VXint64 id) {
   CachedBuffer* const input = group.outImg.getPage(id, PagedImg::BYPASSED_PAGE);
   if (!isReady(input)) return;
   input->lock();
-  group.level.records().back()->unlockInputs();
+  group.level.records().back()->releaseInputs();
   group.level.removeLastRecord();
   group.outImg.removePage(id, true);
 }
 
-void unlockInputs(const PageGroup& group) {
-  for (ThreadDataClass* const record : group.level.records()) record->unlockInputs();
+void releaseInputs(const PageGroup& group) {
+  for (ThreadDataClass* const record : group.level.records()) record->releaseInputs();
 }
 
 // A page that was not calculated stays in the image; it must not show what its memory held before.
@@ -116,13 +116,13 @@ void Host::_calcPages(BaseOp& op, PagedImg& outImg, VXint64 outIndex, const std:
   try {
     for (std::size_t position = 0; position < ids.size(); ++position) _preparePage(group, position);
     _runChunks(group);
-    unlockInputs(group);
+    releaseInputs(group);
     _cache.flushCache();
     throwFirstErrorCode(group);
     clearFailedPages(group);  // where a module threw no error code, the request goes on
   } catch (...) {
     clearFailedPages(group);
-    unlockInputs(group);
+    releaseInputs(group);
     reportFailedGroup(op, _numThreadErrors);
     throw;
   }

@@ -10,13 +10,25 @@
 #include "vxTraceBuffer.h"
 #include "vxTypeInfos.h"
 
+#include <new>
+#include <string>
+
 namespace vx {
 
 namespace {
 
+// Sets the state, without its text where that finds no memory.
+void setState(PagedImg& img, int code) {
+  try {
+    img.setStateInfoErrorCode(code);
+  } catch (const std::bad_alloc&) {
+    img.setStateInfo(std::string(), code);
+  }
+}
+
 int invalidate(PagedImg& img, int code) {
   img.setOutOfDate();
-  img.setStateInfoErrorCode(code);
+  setState(img, code);
   return code;
 }
 
@@ -55,8 +67,8 @@ void calcProperties(BaseOp& op, VXint64 outIndex, PagedImg& img) {
 }
 
 int refuseBypass(const BaseOp& op, PagedImg& img, const char* state, const char* reason) {
-  img.setOutOfDate();
-  img.setStateInfo(state, VX_MISUSED_INTERFACE);
+  invalidate(img, VX_MISUSED_INTERFACE);
+  withMemory([&] { img.setStateInfo(state, VX_MISUSED_INTERFACE); });
   withComposedLabel([&] { return op.whoAmI(true) + "::calcOutImageProps()"; }, __FILE__, __LINE__,
                     [&](const CallLabel& label) { report(VX_ERROR, label, VX_MISUSED_INTERFACE, reason); });
   return VX_MISUSED_INTERFACE;
@@ -106,10 +118,15 @@ int Host::_updateImageProps(BaseOp& op, VXint64 outIndex) {
   if (!img) return VX_UNKNOWN_EXCEPTION;
   if (op.getMarker() != 0) return invalidate(*img, VX_CYCLIC_NETWORK);
   if (img->isUpToDate()) {
-    img->setStateInfoErrorCode(VX_RESULT_OK);
+    setState(*img, VX_RESULT_OK);
     return VX_RESULT_OK;
   }
-  if (const int code = _updateInputs(op)) return invalidate(*img, code);
+  if (img->getStateInfoErrorCode() == VX_CYCLIC_NETWORK) setState(*img, VX_IMAGE_NOT_CALCULATED);
+  if (const int code = _updateInputs(op)) {
+    // An image that the walk came back to is part of the cycle itself, and not just behind an invalid input.
+    const bool isInCycle = img->getStateInfoErrorCode() == VX_CYCLIC_NETWORK;
+    return invalidate(*img, isInCycle ? VX_CYCLIC_NETWORK : code);
+  }
   return _updateOutput(op, outIndex, *img);
 }
 
@@ -137,7 +154,7 @@ int Host::_updateOutput(BaseOp& op, VXint64 outIndex, PagedImg& img) {
   img.setUpToDate();
   calcProperties(op, outIndex, img);
   if (!img.isUpToDate()) {
-    if (img.getStateInfoErrorCode() == VX_RESULT_OK) img.setStateInfoErrorCode(VX_IMAGE_NOT_CALCULATED);
+    if (img.getStateInfoErrorCode() == VX_RESULT_OK) setState(img, VX_IMAGE_NOT_CALCULATED);
     return img.getStateInfoErrorCode();
   }
   if (hasEmptyComponent(img.getImgExt()) || hasEmptyComponent(img.getPageExt())) {
@@ -146,7 +163,7 @@ int Host::_updateOutput(BaseOp& op, VXint64 outIndex, PagedImg& img) {
   if (!_requiredOperationsComplete(op, outIndex)) return invalidate(img, VX_REQUIRED_OPERATIONS_MISSING);
   if (const int code = checkBypass(op, outIndex, img)) return code;
   const int code = img.isUpToDate() ? VX_RESULT_OK : VX_IMAGE_NOT_CALCULATED;
-  img.setStateInfoErrorCode(code);
+  setState(img, code);
   return code;
 }
 

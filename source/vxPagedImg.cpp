@@ -99,7 +99,7 @@ void PagedImg::_reallocPages(VXint64 count) {
   clearPageList();
   if (count == _numPages) return;  // all entries are null
   _deletePageList();
-  constexpr VXint64 maxCount = std::numeric_limits<std::ptrdiff_t>::max() / static_cast<VXint64>(sizeof(*_pages));
+  constexpr VXint64 maxCount = std::numeric_limits<std::ptrdiff_t>::max() / static_cast<VXint64>(sizeof(void*));
   if (count <= maxCount) _pages = new (std::nothrow) CachedBuffer*[static_cast<std::size_t>(count)]();
   if (!_pages) {
     report(VX_FATAL, "PagedImg::_reallocPages", VX_NO_MEMORY, "Returning without valid page list");

@@ -16,15 +16,6 @@
 
 namespace vx {
 
-namespace {
-
-// The memory of a page; null unless it holds that many voxels. The type of an image may have changed since.
-void* dataOf(const CachedBuffer& page, VXuint64 numBytes) {
-  return page.isInitialized() && page.getSize() >= numBytes ? page.getData() : nullptr;
-}
-
-}  // namespace
-
 // An image whose extents have no exact quotient in single precision may have a page that its table has no place for.
 bool PagedImg::_isPageID(VXint64 id) const noexcept { return id >= 0 && id < _numPages; }
 
@@ -40,7 +31,7 @@ CachedBuffer* PagedImg::getPage(VXint64 id, BYPASS_TYPES type) const {
 void* PagedImg::getPageData(VXint64 id, BYPASS_TYPES type) const {
   const CachedBuffer* const page = getPage(id, type);
   checkFatal(page != nullptr);
-  return dataOf(*page, 0);
+  return page->isInitialized() ? page->getData() : nullptr;
 }
 
 VXint64 PagedImg::isValidPage(VXint64 id) const {
@@ -138,10 +129,7 @@ void PagedImg::copyPages(const std::vector<VXint64>& ids, SubImg* dest, const Sc
                          BYPASS_TYPES type) const {
   const TraceFrame trace("source/vxPagedImg:PagedImg::copyPages()");
   for (const VXint64 id : ids) {
-    const CachedBuffer* const page = getPage(id, type);
-    checkFatal(page != nullptr);
-    SubImg source(getPageBox(id), _dataType);
-    source.setData(dataOf(*page, _numPageBytes()));
+    const SubImg source = _wrapPage(id, type);
     if (!source.getData()) {
       report(VX_FATAL, "PagedImg::copyPages", VX_BAD_PARAMETER,
              "Fatal error in PagedImg::copyPages(): A page to be copied is invalid, maybe a wrong page id has been "
@@ -153,12 +141,16 @@ void PagedImg::copyPages(const std::vector<VXint64>& ids, SubImg* dest, const Sc
   }
 }
 
-VXuint64 PagedImg::_numPageBytes() const noexcept {
-  VXuint64 numBytes = VXSizeOf(_dataType);
-  for (std::size_t i = 0; i < _pageExt.size(); ++i) {
-    if (!multiplySizes(numBytes, static_cast<VXuint64>(_pageExt[i]), numBytes)) return ~VXuint64{0};
-  }
-  return numBytes;
+SubImg PagedImg::_wrapPage(VXint64 id, BYPASS_TYPES type) const {
+  const CachedBuffer* const page = getPage(id, type);
+  checkFatal(page != nullptr);
+  const SubImgBox box = getPageBox(id);
+  VXuint64 numVoxels = 0;
+  VXuint64 numBytes = 0;
+  // The type of the image may have changed since the page got its memory.
+  const bool isComplete = page->isInitialized() && box.getNumVoxelsChecked(numVoxels) &&
+                          multiplySizes(numVoxels, VXSizeOf(_dataType), numBytes) && page->getSize() >= numBytes;
+  return SubImg(box, _dataType, isComplete ? page->getData() : nullptr);
 }
 
 }  // namespace vx

@@ -1,7 +1,6 @@
 // Tiles of an image, and how it prints.
 
 #include "vxBaseOp.h"
-#include "vxCachedBuffer.h"
 #include "vxDataTypes.h"
 #include "vxErrorOutput.h"
 #include "vxPagedImg.h"
@@ -49,7 +48,7 @@ void PagedImg::freeTile(void* data) const {
 
 void PagedImg::printPageData(VXint64 id, std::ostream& stream) const {
   const TraceFrame trace("source/vxPagedImg:PagedImg::printPageData()");
-  stream << SubImg(getPageBox(id), _dataType, getPageData(id, OWN_PAGE));
+  stream << _wrapPage(id, OWN_PAGE);
 }
 
 void PagedImg::printPages(std::ostream& stream) const {

@@ -5,7 +5,29 @@
 #include "vxPagedImg.h"
 #include "vxProcessingGuards.h"
 
+#include <utility>
+
 namespace vx {
+
+void InputPageData::reset() {
+  _inImg = nullptr;
+  _pageIDs.clear();
+  _readMemoryImg = nullptr;
+}
+
+void InputPageData::readMemoryImg(MemoryImg& memoryImg) {
+  _readMemoryImg = &memoryImg;
+  memoryImg.addReader();
+}
+
+void InputPageData::release() {
+  while (!_pageIDs.empty()) {
+    CachedBuffer* const page = _inImg->getPage(_pageIDs.back(), PagedImg::OWN_OR_BYPASSED_PAGE);
+    _pageIDs.pop_back();
+    if (page && page->getCache()) page->unlock();  // a module may have cleared the pages of its input
+  }
+  if (_readMemoryImg) std::exchange(_readMemoryImg, nullptr)->removeReader();
+}
 
 void ThreadDataClass::assign(BaseOp* op, PagedImg* outImg, VXint64 outIndex, SubImg* outSubImg, CachedBuffer* outPage,
                              Host* host) {
@@ -20,7 +42,7 @@ void ThreadDataClass::assign(BaseOp* op, PagedImg* outImg, VXint64 outIndex, Sub
     _inputData.resize(static_cast<std::size_t>(_numInputs));
     _inSubImgs.resize(static_cast<std::size_t>(_numInputs));
   });
-  for (InputPageData& input : _inputData) input._pageIDs.clear();
+  for (InputPageData& input : _inputData) input.reset();
   _threadHandle = {};
   _numPagesInChunk = 0;
   _errorCode = 0;
@@ -28,15 +50,8 @@ void ThreadDataClass::assign(BaseOp* op, PagedImg* outImg, VXint64 outIndex, Sub
   _run = nullptr;
 }
 
-void ThreadDataClass::unlockInputs() {
-  for (InputPageData& input : _inputData) {
-    while (!input._pageIDs.empty()) {
-      CachedBuffer* const page = input._inImg->getPage(input._pageIDs.back(), PagedImg::OWN_OR_BYPASSED_PAGE);
-      input._pageIDs.pop_back();
-      checkFatal(page != nullptr);
-      page->unlock();
-    }
-  }
+void ThreadDataClass::releaseInputs() {
+  for (InputPageData& input : _inputData) input.release();
 }
 
 RequestLevel::Page& RequestLevel::_next() {

@@ -66,6 +66,16 @@ inline __attribute__((always_inline)) void forEachGroup(const void* in, void* ou
   }
 }
 
+/// Loads four lanes that lie one after the other, together where the processor gains by that.
+template <class In, class AnyLanes>
+inline __attribute__((always_inline)) void loadFour(const Byte* in, AnyLanes (&lanes)[4]) {
+  if constexpr (requires { AnyLanes::loadFour(in, lanes, In()); }) {
+    AnyLanes::loadFour(in, lanes, In());
+  } else {
+    for (int i = 0; i < 4; ++i) lanes[i] = AnyLanes::load(in + i * (AnyLanes::size * sizeof(In)), In());
+  }
+}
+
 /// Converts a run by way of lanes of double, which `map` maps.
 template <class Out, class In, class Map>
 inline __attribute__((always_inline)) void convertInLanes(const void* in, void* out, std::size_t n, Map map) {
@@ -75,14 +85,10 @@ inline __attribute__((always_inline)) void convertInLanes(const void* in, void* 
   constexpr std::size_t outStep = Lanes::size * sizeof(Out);
   // Four at a time, so that one need not wait for the other.
   for (; n >= 4 * Lanes::size; n -= 4 * Lanes::size) {
-    const Lanes a = map(Lanes::load(inBytes, In()));
-    const Lanes b = map(Lanes::load(inBytes + inStep, In()));
-    const Lanes c = map(Lanes::load(inBytes + 2 * inStep, In()));
-    const Lanes d = map(Lanes::load(inBytes + 3 * inStep, In()));
-    a.store(outBytes, Out());
-    b.store(outBytes + outStep, Out());
-    c.store(outBytes + 2 * outStep, Out());
-    d.store(outBytes + 3 * outStep, Out());
+    Lanes lanes[4];
+    loadFour<In>(inBytes, lanes);
+    for (Lanes& mapped : lanes) mapped = map(mapped);
+    for (int i = 0; i < 4; ++i) lanes[i].store(outBytes + i * outStep, Out());
     inBytes += 4 * inStep;
     outBytes += 4 * outStep;
   }

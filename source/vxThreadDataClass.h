@@ -15,18 +15,27 @@ class BaseOp;
 class CachedBuffer;
 class ChunkRun;
 class Host;
+class MemoryImg;
 class PagedImg;
 
 /// What one page needs from one input.
 struct InputPageData {
   PagedImg* _inImg = nullptr;
-  bool _inTileCaching = false;     // the input is served through the memory image of its image
-  ScaleShiftData _scaleShiftData;  // wanted by the module
-  bool _useMemoryImg = false;      // the memory image already holds exactly the region
-  bool _useInplace = false;        // the region is delivered in the memory of the output page
-  VXDataType _dataType = -1;       // wanted by the module
-  std::vector<VXint64> _pageIDs;   // pages of the input, locked for this page
-  bool _copyInThread = false;      // the copy into the input block is left to the worker
+  bool _inTileCaching = false;          // the input is served through the memory image of its image
+  ScaleShiftData _scaleShiftData;       // wanted by the module
+  bool _useMemoryImg = false;           // the memory image already holds exactly the region
+  bool _useInplace = false;             // the region is delivered in the memory of the output page
+  VXDataType _dataType = -1;            // wanted by the module
+  std::vector<VXint64> _pageIDs;        // pages of the input, locked for this page
+  bool _copyInThread = false;           // the copy into the input block is left to the worker
+  MemoryImg* _readMemoryImg = nullptr;  // kept as it is until the page is calculated
+
+  /// Begins a page.
+  void reset();
+  /// Keeps a memory image as it is until release().
+  void readMemoryImg(MemoryImg& memoryImg);
+  /// Unlocks the pages, the last one first, and forgets them, and gives the memory image free.
+  void release();
 };
 
 /// All that is needed to calculate one page, from the request of its inputs to the call of the module.
@@ -45,8 +54,8 @@ class ThreadDataClass {
   /// Begins a page. \throw int ::VX_NO_MEMORY, after a fatal report, without memory for the inputs.
   void assign(BaseOp* op, PagedImg* outImg, VXint64 outIndex, SubImg* outSubImg, CachedBuffer* outPage, Host* host);
 
-  /// Unlocks the pages of all inputs, the last one of each first, and forgets them.
-  void unlockInputs();
+  /// Gives the inputs free: their pages are unlocked.
+  void releaseInputs();
 
   BaseOp* _op = nullptr;
   PagedImg* _outImg = nullptr;

@@ -98,16 +98,16 @@ struct TraceBuffer {
   const char* list[65536];
 };
 
-// What the library noted last in the trace, when it was unloaded already.
-void printLastTraceOfUnload(const char* path, void* utils) {
+// What the library noted first in the trace when it was unloaded.
+void printFirstTraceOfUnload(const char* path, void* utils) {
   const auto* const trace = find<const TraceBuffer*>(utils, "_ZN2vx19VXGlobalTraceBufferE");
   void* handle = load(path);
   if (!handle) return;
   const std::vector<Segment> segments = segmentsOf(handle);
   const unsigned short before = trace->listIndex;
   dlclose(handle);
-  std::printf("entries=%d depth=%d ", trace->listIndex - before, trace->stackTop);
-  const auto text = reinterpret_cast<std::uintptr_t>(trace->list[static_cast<unsigned short>(trace->listIndex - 1)]);
+  std::printf("depth=%d ", trace->stackTop);
+  const auto text = reinterpret_cast<std::uintptr_t>(trace->list[before]);
   for (const Segment& segment : segments) {
     if (text - segment.address >= segment.size) continue;
     std::ifstream file(path, std::ios::binary);
@@ -154,7 +154,7 @@ int main(int argc, char** argv) {
     void* utils = load((folder + "/libVXUtils.so.1").c_str());
     if (!utils) return 1;
     if (what == "trace") {
-      printLastTraceOfUnload(path, utils);
+      printFirstTraceOfUnload(path, utils);
       return 0;
     }
     alwaysFalse = find<int*>(utils, "VXAlwaysFalse");

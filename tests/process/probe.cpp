@@ -1,11 +1,13 @@
 // A host that does what its arguments say, one after the other, and prints what it sees.
 
 #include "vxAPI.h"
-#include "vxBase.h"
+#include "vxBaseOp.h"
 #include "vxErrorOutput.h"
+#include "vxHost.h"
 #include "vxImagePropertyExtension.h"
 #include "vxInitSystemVX.h"
 #include "vxNotify.h"
+#include "vxSystemInfo.h"
 #include "vxTraceBuffer.h"
 
 #include <cstdio>
@@ -13,6 +15,7 @@
 #include <cstring>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 
 namespace {
@@ -21,6 +24,16 @@ void settings() {
   std::printf("filter=%u fullDebugging=%d exceptions=%d multithreading=%d\n", vx::VXErrorOutput.getMessageFilter(),
               vx::VXErrorOutput.isFullDebuggingOn(), VXIsExceptionHandlingEnabled(), VXIsMultithreadingActive());
 }
+
+// What the environment says to the default host.
+void host() {
+  const vx::Host& host = vx::Host::getDefaultHost();
+  std::printf("threads=%u level=%llu cacheKB=%llu\n", host.getMaxNumThreads(),
+              host.getConstCache().getMemoryOptimizationLevel(), host.getConstCache().getMaxCacheSizeKB());
+}
+
+// A module of the host, which may live longer than it should.
+std::unique_ptr<vx::BaseOp> module;
 
 int numTypes() {
   int number = 0;
@@ -71,6 +84,25 @@ void library(const char* name) {
               vx::Runtime::fromName("LoadedClass") == nullptr);
   VXFree(text);
   std::printf("unload of what is unknown now=%d\n", VXUnLoadLibrary(name, handle, nullptr, 0));
+}
+
+// A library with modules, which are made by name.
+void moduleLibrary(const char* name) {
+  void* handle = nullptr;
+  std::printf("load=%d\n", VXLoadLibraryWOErrorExt(name, &handle));
+  const vx::RuntimeType* const type = vx::Runtime::fromName("TouchCounter");
+  if (!type || !vx::Runtime::fromName("AddOne")) return;
+  std::unique_ptr<vx::BaseOp> counter(static_cast<vx::BaseOp*>(type->getCreateCB()()));
+  vx::FieldContainer& fields = *counter->getFieldContainer();
+  fields.getField("touch")->notifyAttachments(vx::FieldSensor::VX_FULL_NOTIFICATION);
+  fields.getField("touch")->notifyAttachments(vx::FieldSensor::VX_FULL_NOTIFICATION);
+  std::printf("%s of %s below %s counts %s\n", counter->whoAmI(true).c_str(), type->getDllName(), type->getParentName(),
+              fields.getField("count")->getStringValue().c_str());
+  std::printf("in use=%lld\n", vx::Runtime::getNumInstancesDependentOnDll(name));
+  std::printf("unload with an instance=%d\n", VXUnLoadLibrary(name, handle, nullptr, 0));
+  counter.reset();
+  const int result = VXUnLoadLibrary(name, handle, nullptr, 0);
+  std::printf("unload=%d known=%d\n", result, vx::Runtime::fromName("AddOne") || vx::Runtime::fromName("TouchCounter"));
 }
 
 // Loads and unloads a library with an instance of its class alive.
@@ -137,6 +169,14 @@ void refusals() {
 int main(int argc, char** argv) {
   const std::map<std::string, std::function<void()>> commands = {
       {"settings", settings},
+      {"host", host},
+      {"processors", [] { std::printf("%u", vx::SystemInfo::getNumVirtualProcessors()); }},
+      {"module", [] { module = std::make_unique<vx::BaseOp>(1, 1); }},
+      {"delete-module",
+       [] {
+         std::printf("%s\n", module->whoAmI(true).c_str());
+         module.reset();
+       }},
       {"types", types},
       {"trace", trace},
       {"init", [] { std::printf("init=%d\n", VXInit(1, 8, 68)); }},
@@ -160,6 +200,7 @@ int main(int argc, char** argv) {
       {"destroy", [] { std::printf("destroy=%d\n", VXDestroy()); }},
       {"after-destroy", afterDestroy},
       {"library", [] { library("VXTestModules"); }},
+      {"module-library", [] { moduleLibrary("VXImageModules"); }},
       {"forced-unload", [] { forcedUnload("VXTestModules"); }},
       {"forgetful", [] { forgetful("VXTypeExtensions"); }},
       {"load-often", [] { loadOften("VXTestModules"); }},

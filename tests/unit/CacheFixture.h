@@ -27,15 +27,21 @@ class NotificationRecorder {
   NotificationRecorder& operator=(const NotificationRecorder&) = delete;
 
   /// The codes since the last call.
-  std::vector<unsigned int> take() { return std::exchange(_codes, {}); }
+  std::vector<unsigned int> take() {
+    const std::lock_guard lock(_mutex);
+    return std::exchange(_codes, {});
+  }
 
  private:
   static void _record(void* userData, unsigned int code, void* arg1, void* arg2) {
     EXPECT_EQ(arg1, nullptr);
     EXPECT_EQ(arg2, nullptr);
-    static_cast<NotificationRecorder*>(userData)->_codes.push_back(code);
+    auto& recorder = *static_cast<NotificationRecorder*>(userData);
+    const std::lock_guard lock(recorder._mutex);
+    recorder._codes.push_back(code);
   }
 
+  std::mutex _mutex;
   std::vector<unsigned int> _codes;
   VXCallbackHandle _handle;
 };

@@ -6,6 +6,8 @@
 
 #include "vxChunkCounters.h"
 
+#include <array>
+#include <cstring>
 #include <ostream>
 #include <string>
 #include <unordered_set>
@@ -58,6 +60,15 @@ class ChunkMachineModel {
  private:
   static constexpr int _maxActors = 4;
 
+  using Key = std::array<VXuint32, (sizeof(Counters) + 3) / 4 + _maxActors>;
+  struct KeyHash {
+    std::size_t operator()(const Key& key) const {
+      std::size_t hash = 0;
+      for (const VXuint32 word : key) hash = (hash ^ word) * 0x9E3779B97F4A7C15ULL;
+      return hash ^ hash >> 32;
+    }
+  };
+
   // Where an actor stands: what it does in its next step.
   enum class Place : signed char {
     unstarted,
@@ -100,15 +111,22 @@ class ChunkMachineModel {
 
     Actor& requester() { return actors[_maxActors - 1]; }
 
-    std::string key() const {
-      std::string text(reinterpret_cast<const char*>(&counters), sizeof counters);
-      for (const Actor& a : actors) {
-        for (const int value : {static_cast<int>(a.place), int{a.page}, int{a.chunk}, int{a.hasFailed}, int{a.isAsleep},
-                                int{a.isCopying}, int{a.isCalculating}, static_cast<int>(a.numOpenings)}) {
-          text += static_cast<char>(value);
-        }
+    // All that tells the state from others; numbers of the actors are small.
+    Key key() const {
+      Key key{};
+      std::memcpy(key.data(), &counters, sizeof counters);
+      for (std::size_t i = 0; i < _maxActors; ++i) {
+        const Actor& a = actors[i];
+        VXuint32 word = static_cast<VXuint32>(a.place);
+        word = word * 4 + static_cast<VXuint32>(a.page);
+        word = word * 8 + static_cast<VXuint32>(a.chunk + 1);
+        word = word * 16 + a.numOpenings % 16;
+        for (const bool flag : {a.hasFailed, a.isAsleep, a.isCopying, a.isCalculating})
+          word = word * 2 + (flag ? 1 : 0);
+        key[key.size() - 1 - i] = word;
       }
-      return text + static_cast<char>(isReleased);
+      key[0] ^= isReleased ? ~0U : 0U;
+      return key;
     }
   };
 
@@ -309,7 +327,7 @@ class ChunkMachineModel {
 
   ModelRun _run;
   int _numChunks;
-  std::unordered_set<std::string> _visited;
+  std::unordered_set<Key, KeyHash> _visited;
   std::string _order;
   std::string _violation;
 };

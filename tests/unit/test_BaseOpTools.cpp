@@ -18,7 +18,7 @@ using V = TVector<VXint64>;
 
 constexpr VXint64 maxInt64 = std::numeric_limits<VXint64>::max();
 constexpr VXint64 minInt64 = std::numeric_limits<VXint64>::min();
-constexpr VXint64 million = VXint64(1) << 20;
+constexpr VXint64 twoTo20 = VXint64(1) << 20;
 constexpr int uint8Type = 1;
 constexpr int floatType = 4;
 
@@ -297,7 +297,7 @@ TEST_F(BaseOpToolsTest, AnEmptyImageIsNotImproved) {
 // The number of pages.
 
 TEST_F(BaseOpToolsTest, ALargeImageWithATinyStartHasFewEnoughPages) {
-  const Wishes wishes{.start = plane(1, 1), .img = plane(million, million), .max = V(1)};
+  const Wishes wishes{.start = plane(1, 1), .img = plane(twoTo20, twoTo20), .max = V(1)};
   EXPECT_EQ(wishes.adapt(), plane(2048, 1024));
   EXPECT_EQ(saturatingProduct(ceilQuotient(wishes.img, wishes.adapt())), BaseOpTools::MAX_NUM_PAGES_PER_IMAGE);
 }
@@ -320,7 +320,7 @@ TEST_F(BaseOpToolsTest, DoublingStopsAtAQuarterOfTheImage) {
 
 TEST_F(BaseOpToolsTest, DoublingHasALimitInEachDimension) {
   const V one(1);
-  EXPECT_EQ((Wishes{.img = V(1, 1, million, million, million, million), .max = one}.adapt()),
+  EXPECT_EQ((Wishes{.img = V(1, 1, twoTo20, twoTo20, twoTo20, twoTo20), .max = one}.adapt()),
             V(1, 1, 65536, 32768, 32768, 32768));
   // 2 to the power 30 pages: x to 1024 and y to 2 is enough.
   EXPECT_EQ((Wishes{.img = V(4096, 4096, 64, 1, 1, 1), .max = one}.adapt()), V(1024, 2, 1, 1, 1, 1));
@@ -329,7 +329,7 @@ TEST_F(BaseOpToolsTest, DoublingHasALimitInEachDimension) {
 
 TEST_F(BaseOpToolsTest, DoublingKeepsNoWish) {
   EXPECT_EQ(
-      (Wishes{.start = plane(9, 9), .img = plane(9 * million, 9), .step = plane(9, 9), .max = plane(9, 9)}.adapt()),
+      (Wishes{.start = plane(9, 9), .img = plane(9 * twoTo20, 9), .step = plane(9, 9), .max = plane(9, 9)}.adapt()),
       plane(18, 9));
 }
 
@@ -352,7 +352,7 @@ TEST_F(BaseOpToolsTest, NoCountWraps) {
 }
 
 TEST_F(BaseOpToolsTest, ANegativeImageEndsInAMessage) {
-  Wishes wishes{.start = plane(1, 1), .img = plane(-million, -million)};
+  Wishes wishes{.start = plane(1, 1), .img = plane(-twoTo20, -twoTo20)};
   EXPECT_EQ(wishes.adapt(), plane(32, 32));
   EXPECT_EQ(recorder.take(),
             Messages({{VX_ERROR, VX_BAD_PARAMETER, "BaseOp::adaptPageExt",
@@ -376,7 +376,7 @@ TEST_F(BaseOpToolsTest, ANegativeImageEndsInAMessage) {
   EXPECT_EQ(wishes.adapt(), plane(32, 32));
   EXPECT_EQ(recorder.take(), warning);
   // An odd number of negative extents has a negative count.
-  wishes.img = plane(-million, million);
+  wishes.img = plane(-twoTo20, twoTo20);
   EXPECT_EQ(wishes.adapt(), plane(32, 32));
 }
 
@@ -407,7 +407,7 @@ TEST_F(BaseOpToolsTest, MultiplesBeyond64BitsAreRoundedDown) {
 }
 
 TEST_F(BaseOpToolsTest, AnyArgumentGivesAnExtent) {
-  const VXint64 values[] = {minInt64, -1, 0, 1, million, maxInt64};
+  const VXint64 values[] = {minInt64, -1, 0, 1, twoTo20, maxInt64};
   for (const VXint64 start : values) {
     for (const VXint64 img : values) {
       for (const VXint64 step : values) {

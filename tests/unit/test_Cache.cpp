@@ -42,8 +42,8 @@ class CacheTest : public CacheFixture {
 
 TEST_F(CacheTest, StartsEmptyWithTheDefaultLimit) {
   const OpenCache fresh;
-  for (const CachedBufferList& list : fresh._priorityLists) EXPECT_TRUE(list.empty());
-  EXPECT_EQ(std::size(fresh._priorityLists), 10U);
+  for (const CachedBufferList& list : fresh.getCacheTable()) EXPECT_TRUE(list.empty());
+  EXPECT_EQ(std::size(fresh.getCacheTable()), 10U);
   EXPECT_EQ(fresh._currentCacheSize, 0U);
   EXPECT_EQ(fresh._maxCacheSizeKB, 50000U);
   EXPECT_EQ(fresh._memoryOptimizationLevel, 0U);
@@ -205,6 +205,7 @@ TEST_F(CacheTest, TheEndOfAListHoldsNothingToRemove) {
   OpenCache open;
   CachedBuffer only;
   only.init(open, 0, KB, nullptr);
+  const MutexLock lock(open._cacheMutex);
   open.removeBuffer(0, open._priorityLists[0].end());
   open.removeBuffer(8, open._priorityLists[8].end());
   expectInvariants(open, {&only});
@@ -396,26 +397,44 @@ TEST_F(CacheTest, FreeBlocksAreBoundedAndGoWithClear) {
   EXPECT_EQ(cache.getFigures().warm, 0U);
 }
 
-TEST_F(CacheTest, CallbacksRunAfterTheWorkAndWithTheCacheUnlocked) {
-  struct Host {
-    Cache& cache;
-    CachedBuffer& page;
-    int numCalls;
-  } host{cache, a, 0};
+TEST_F(CacheTest, FlushAndClearNotifyAfterTheWorkAndBeforeTheyUnlock) {
+  struct Listener {
+    OpenCache cache;
+    CachedBuffer page;
+    int numCalls = 0;
+  } listener;
   const VXCallbackHandle handle = VXNotify.addNotifyCB(
-      [](void* userData, unsigned int, void*, void*) {
-        Host& self = *static_cast<Host*>(userData);
+      [](void* userData, unsigned int code, void*, void*) {
+        Listener& self = *static_cast<Listener*>(userData);
+        if (code != flushed && code != cleared) return;
         ++self.numCalls;
         EXPECT_FALSE(self.page.isInitialized());
-        // Another thread gets at the cache while the callback runs.
-        std::thread([&] { self.page.init(self.cache, 0, KB, nullptr); }).join();
+        std::thread([&] {
+          EXPECT_FALSE(self.cache._cacheMutex.tryLock());
+          EXPECT_EQ(self.cache.getCurrentCacheSizeKB(), 0U);  // needs no lock
+          EXPECT_EQ(self.cache.getMaxCacheSizeKB(), 0U);
+          EXPECT_EQ(self.cache.getMemoryOptimizationLevel(), 0U);
+        }).join();
+        self.page.init(self.cache, 0, KB, nullptr);
       },
-      &host, cleared);
-  initAll(0, KB);
-  cache.clearCache();
+      &listener, 0x8ffff);
+  listener.cache.setMaxCacheSizeKB(0);
+  for (const bool isFlush : {true, false}) {
+    listener.page.init(listener.cache, 0, KB, nullptr);
+    if (isFlush) {
+      listener.cache.flushCache();
+    } else {
+      listener.cache.clearCache();
+    }
+    std::thread([&] {
+      const bool isFree = listener.cache._cacheMutex.tryLock();
+      EXPECT_TRUE(isFree);
+      if (isFree) listener.cache._cacheMutex.unlock();
+    }).join();
+    expectInvariants(listener.cache, {&listener.page});
+  }
   VXNotify.removeNotifyCB(handle);
-  EXPECT_EQ(host.numCalls, 1);
-  EXPECT_EQ(buffersOf(cache, 0), Buffers{&a});
+  EXPECT_EQ(listener.numCalls, 2);
 }
 
 TEST_F(CacheTest, AThrowingCallbackLeavesTheCacheUnlocked) {

@@ -94,7 +94,8 @@ VX_C_API int VXRemoveMessageCB(VXCallbackHandle handle);
 // Notification -------------------------------------------------------------------------------------------------------
 
 /// Called once for each notification whose code is in the mask of the registration, on the thread that sends it, with
-/// no lock held. It may add and remove callbacks, itself among them. What the arguments are depends on the code.
+/// no lock of the notification held. It may add and remove callbacks, itself among them. What the arguments are depends
+/// on the code.
 typedef void (*VXNotifyCB)(void* userData, unsigned int code, void* arg1, void* arg2);
 
 /// Registers a notification callback with `vx::VXNotify`.
