@@ -184,6 +184,7 @@ class VX_EXPORT Host {
   int _updateImageProps(BaseOp& op, VXint64 outIndex);
   int _updateInputs(BaseOp& op);
   int _updateOutput(BaseOp& op, VXint64 outIndex, PagedImg& img);
+  int _calcOutput(BaseOp& op, VXint64 outIndex, PagedImg& img);
   bool _requiredOperationsComplete(BaseOp& op, VXint64 outIndex);
 
   // The road of a tile, in the order of its stations. The request:

@@ -152,6 +152,16 @@ int Host::_updateInputs(BaseOp& op) {
 int Host::_updateOutput(BaseOp& op, VXint64 outIndex, PagedImg& img) {
   if (const int code = copyFirstInput(op, img)) return invalidate(img, code);
   img.setUpToDate();
+  try {
+    return _calcOutput(op, outIndex, img);
+  } catch (...) {
+    // What a module lets pass leaves properties that nobody has tested.
+    invalidate(img, VX_IMAGE_NOT_CALCULATED);
+    throw;
+  }
+}
+
+int Host::_calcOutput(BaseOp& op, VXint64 outIndex, PagedImg& img) {
   calcProperties(op, outIndex, img);
   if (!img.isUpToDate()) {
     if (img.getStateInfoErrorCode() == VX_RESULT_OK) setState(img, VX_IMAGE_NOT_CALCULATED);

@@ -6,10 +6,10 @@ namespace {
 
 // Where module code without a guard of its own is met by that of the request.
 const Outcome codeReachesTheTile{theCode, theCode, {{VX_ERROR, theCode, "Host::_getTileCore( ) on module R", caught}}};
-const Outcome otherReachesTheTile{
-    VX_UNINITIALIZED_RESULT,
-    VX_UNINITIALIZED_RESULT,
-    {{VX_FATAL, VX_UNINITIALIZED_RESULT, "Module R called by Host::_getTileCore()", "Returning uninitialized memory."}}};
+const Outcome otherReachesTheTile{VX_UNINITIALIZED_RESULT,
+                                  VX_UNINITIALIZED_RESULT,
+                                  {{VX_FATAL, VX_UNINITIALIZED_RESULT, "Module R called by Host::_getTileCore()",
+                                    "Returning uninitialized memory."}}};
 const Outcome passes{passesOn, passesOn, {}};
 
 // Where module code is met by the guard of a group of pages.
@@ -47,9 +47,8 @@ const Outcome otherFromPage{
 const Outcome passesFromPage{passesOn, passesOn, {fatal41, failedGroups}};
 
 // Properties: the module's own image keeps the code; images behind it are invalid because an input is.
-const Outcome codeFromProperties{theCode,
-                                 VX_IMAGE_NOT_CALCULATED,
-                                 {{VX_ERROR, theCode, "Host::_updateImageProps( ) on module T", caught}}};
+const Outcome codeFromProperties{
+    theCode, VX_IMAGE_NOT_CALCULATED, {{VX_ERROR, theCode, "Host::_updateImageProps( ) on module T", caught}}};
 const Outcome otherFromProperties{VX_PROPERTY_CALCULATION_FAILED,
                                   VX_IMAGE_NOT_CALCULATED,
                                   {{VX_FATAL, VX_PROPERTY_CALCULATION_FAILED, "T::calcOutImageProps()", ""}}};
@@ -59,7 +58,8 @@ Outcome onlyHere(Outcome outcome) {
   outcome.resultAbove = VX_RESULT_OK;
   return outcome;
 }
-const Outcome codeReachesTheWalk{theCode, VX_RESULT_OK, {{VX_ERROR, theCode, "Host::processAllPages( ) on module R", caught}}};
+const Outcome codeReachesTheWalk{
+    theCode, VX_RESULT_OK, {{VX_ERROR, theCode, "Host::processAllPages( ) on module R", caught}}};
 
 // A touch has no result.
 const Outcome codeFromNotificationWhenOn{VX_RESULT_OK,
@@ -100,7 +100,8 @@ const std::vector<ExceptionRow>& exceptionTable() {
       row(calcInSubImageProps, properties, passes, passes, passes, Pages::none),
       row(calcOutImageProps, properties, codeFromProperties, otherFromProperties, passes, Pages::none),
       // The pages of a tile.
-      row(notifyFirst, tile, onlyHere(codeReachesTheTile), onlyHere(otherReachesTheTile), onlyHere(passes), Pages::none),
+      row(notifyFirst, tile, onlyHere(codeReachesTheTile), onlyHere(otherReachesTheTile), onlyHere(passes),
+          Pages::none),
       row(handleInput, tile, codeReachesTheGroup, otherReachesTheGroup, passesThroughGroups, Pages::first),
       row(calcInSubImageBox, tile, codeFromInputs, otherFromInputs, passesThroughGroups, Pages::first),
       row(calcInSubImageProps, tile, codeFromInputs, otherFromInputs, passesThroughGroups, Pages::first),
@@ -110,7 +111,12 @@ const std::vector<ExceptionRow>& exceptionTable() {
       row(calcInSubImageBox, allPages, codeFromInputs, otherFromInputs, passesThroughGroups, Pages::first),
       row(calcOutSubImage, allPages, codeFromPage, otherFromPage, passesFromPage, Pages::allThere),
       // A change of the source.
-      {handleNotification, touch, codeFromNotificationWhenOn, codeFromNotificationWhenOff, otherFromNotification, passes,
+      {handleNotification,
+       touch,
+       codeFromNotificationWhenOn,
+       codeFromNotificationWhenOff,
+       otherFromNotification,
+       {passesOn, passesOn, {silencedFields}},
        Pages::none},
   };
   return rows;

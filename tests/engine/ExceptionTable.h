@@ -24,7 +24,7 @@ enum class Request {
 };
 
 /// Results beside plain codes.
-constexpr int theCode = INT_MIN;      ///< The code that was thrown; for a thrown 0 any code but 0.
+constexpr int theCode = INT_MIN;       ///< The code that was thrown; for a thrown 0 any code but 0.
 constexpr int passesOn = INT_MIN + 1;  ///< The exception itself reaches the caller.
 
 /// A message.
@@ -38,10 +38,12 @@ constexpr const char* caught =
     "Controlled but still undesired exception caught - continuing operation. Some processed image data may be invalid";
 /// The report of a fatal check or of a block that an exception leaves; its texts don't matter.
 constexpr Said fatal41{VX_FATAL, VX_BAD_POINTER, nullptr, nullptr};
-/// For each group of pages that fails, from that of the module that throws to that of the requested one: a fatal report,
-/// and in front of it an error, "Module ... called by Host::_calcPages:", where pages were counted as failed.
+/// For each group of pages that fails, from that of the module that throws to that of the requested one: a fatal
+/// report, and in front of it an error, "Module ... called by Host::_calcPages:", where pages were counted as failed.
 constexpr Said failedGroups{0, 1, nullptr, nullptr};
 constexpr Said failedGroupsAfterPages{0, 2, nullptr, nullptr};
+/// For each field that the exception passes on its way to the caller: a fatal report. The field is silent from then on.
+constexpr Said silencedFields{0, 3, nullptr, nullptr};
 
 /// What a caller sees.
 struct Outcome {

@@ -45,8 +45,15 @@ const char* nameOf(Operation operation) {
 }
 
 const char* nameOf(Thrown thrown) {
-  static constexpr const char* names[] = {"nothing",       "code 7",    "code 0",   "code -1",        "std::string",
-                                          "a text",        "std::runtime_error", "std::bad_alloc", "a type of its own",
+  static constexpr const char* names[] = {"nothing",
+                                          "code 7",
+                                          "code 0",
+                                          "code -1",
+                                          "std::string",
+                                          "a text",
+                                          "std::runtime_error",
+                                          "std::bad_alloc",
+                                          "a type of its own",
                                           "something else"};
   return names[static_cast<int>(thrown)];
 }
@@ -76,7 +83,10 @@ Thrown currentException() {
   try {
     throw;
   } catch (int code) {
-    return code == 7 ? Thrown::code7 : code == 0 ? Thrown::code0 : code == -1 ? Thrown::codeMinus1 : Thrown::somethingElse;
+    return code == 7    ? Thrown::code7
+           : code == 0  ? Thrown::code0
+           : code == -1 ? Thrown::codeMinus1
+                        : Thrown::somethingElse;
   } catch (const std::string& text) {
     return text == thrownText ? Thrown::string : Thrown::somethingElse;
   } catch (const char* text) {
@@ -166,9 +176,7 @@ ThrowingChain::ThrowingChain() {
   connectInput(level(numLevels - 1), 0, *_source, 0);
 }
 
-void ThrowingChain::touchSource() {
-  _source->getOutField(0)->notifyAttachments(FieldSensor::VX_FULL_NOTIFICATION);
-}
+void ThrowingChain::touchSource() { _source->getOutField(0)->notifyAttachments(FieldSensor::VX_FULL_NOTIFICATION); }
 
 std::vector<VXint16> ThrowingChain::expectedPage(int pageId, bool isLevelZero, int zeroLevel) const {
   const PlainImage image = calculate(sourceParameters(), 0, {});

@@ -44,8 +44,8 @@ Thrown caughtFrom(Function function, int& result);
 /// To be called while an exception is handled.
 Thrown currentException();
 
-/// Adds 1 to its first input, all of which it wants for each page; the second input is open. It is told by the test from
-/// which operation to throw: from calcOutSubImage only for the page at the origin, otherwise at each call.
+/// Adds 1 to its first input, all of which it wants for each page; the second input is open. It is told by the test
+/// from which operation to throw: from calcOutSubImage only for the page at the origin, otherwise at each call.
 class ThrowingModule : public BaseOp {
  public:
   explicit ThrowingModule(const std::string& name);
