@@ -9,8 +9,9 @@
 
 namespace vx::test {
 
-RandomNetwork::RandomNetwork(unsigned long long seed) : _dice(seed), _isLarge(_dice.once(40)) {
-  const int numNodes = static_cast<int>(_dice.number(1, _isLarge ? 5 : 20));
+RandomNetwork::RandomNetwork(unsigned long long seed)
+    : _dice(seed), _isLarge(_dice.once(40)), _isHolding(_dice.once(5)) {
+  const int numNodes = static_cast<int>(_dice.number(1, _isLarge ? 5 : _isHolding ? 8 : 20));
   _nodes.resize(static_cast<std::size_t>(numNodes));
   for (int i = 0; i < numNodes; ++i) addNode(i);
   limitPages();
@@ -68,8 +69,10 @@ ModuleParameters RandomNetwork::randomParameters(ModuleKind kind) {
   if (kind == ModuleKind::source || kind == ModuleKind::pageChange || kind == ModuleKind::crop || _dice.once(3)) {
     p.pageExtent = randomPageExtent();
   }
-  if (kind == ModuleKind::source || kind == ModuleKind::typeChange || _dice.once(6)) p.type = type();
-  if (_dice.once(5)) p.inputType = type();
+  p.holdsInputs = kind != ModuleKind::source && _dice.once(_isHolding ? 2 : 6);
+  const bool hasOwnType = kind == ModuleKind::source || kind == ModuleKind::typeChange;
+  if (hasOwnType || _dice.once(p.holdsInputs ? 2 : 6)) p.type = type();
+  if (!p.holdsInputs && _dice.once(5)) p.inputType = type();
   if (_dice.once(4)) {
     p.inputScale = fraction();
     p.inputShift = fraction() * 4;
@@ -79,7 +82,6 @@ ModuleParameters RandomNetwork::randomParameters(ModuleKind kind) {
   p.seed = _dice.number(0, 1000000);
   p.acceptsOpenInputs = _dice.once(3);
   p.clipsInputs = _dice.once(2);
-  p.holdsInputs = _dice.once(4);
   p.supportsThreads = !_dice.once(3);
   return p;
 }
@@ -116,8 +118,8 @@ void RandomNetwork::limitPages() {
 RandomNetwork::Link RandomNetwork::randomLink(int node) {
   Link link;
   if (node == 0 || _dice.once(20)) return link;
-  // Mostly a recent module, so that chains become long.
-  const int farthest = _dice.once(3) ? 0 : std::max(0, node - 3);
+  // Mostly a recent module, so that chains become long; where inputs are held, often one that others have as well.
+  const int farthest = _dice.once(_isHolding ? 1 : 3) ? 0 : std::max(0, node - 3);
   link.node = static_cast<int>(_dice.number(farthest, node - 1));
   link.outIndex =
       static_cast<int>(_dice.number(0, _nodes[static_cast<std::size_t>(link.node)].parameters.numOutputs() - 1));
@@ -125,8 +127,11 @@ RandomNetwork::Link RandomNetwork::randomLink(int node) {
 }
 
 void RandomNetwork::addNode(int index) {
-  const bool isSource = index == 0 || _dice.once(6);
-  const auto kind = isSource ? ModuleKind::source : static_cast<ModuleKind>(_dice.number(1, numModuleKinds - 1));
+  const bool isSource = index == 0 || _dice.once(_isHolding ? 20 : 6);
+  const bool isBlend = _isHolding && _dice.once(2);
+  const auto kind = isSource  ? ModuleKind::source
+                    : isBlend ? ModuleKind::blend
+                              : static_cast<ModuleKind>(_dice.number(1, numModuleKinds - 1));
   Node& node = _nodes[static_cast<std::size_t>(index)];
   node.parameters = randomParameters(kind);
   node.module = makeModule(node.parameters);

@@ -96,7 +96,8 @@ class RandomNetwork {
   void note(const std::string& text) { _history.push_back(text); }
 
   Dice _dice;
-  bool _isLarge;
+  bool _isLarge;    // few modules with pages of which a request needs several groups
+  bool _isHolding;  // many modules that hold their inputs, and share them
   std::vector<Node> _nodes;
   int _numPushedHosts = 0;
   bool _isCacheAmple = true;
