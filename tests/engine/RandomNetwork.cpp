@@ -9,6 +9,16 @@
 
 namespace vx::test {
 
+namespace {
+
+long long numPagesOf(const PlainPosition& extent, const PlainPosition& pages) {
+  long long number = 1;
+  for (std::size_t d = 0; d < 6; ++d) number *= (extent[d] + pages[d] - 1) / pages[d];
+  return number;
+}
+
+}  // namespace
+
 RandomNetwork::RandomNetwork(unsigned long long seed)
     : _dice(seed), _isLarge(_dice.once(40)), _isHolding(_dice.once(5)) {
   const int numNodes = static_cast<int>(_dice.number(1, _isLarge ? 5 : _isHolding ? 8 : 20));
@@ -108,6 +118,9 @@ void RandomNetwork::limitPages() {
       if (pages[d] <= extent[d]) continue;
       numPagedVoxels = numPagedVoxels / pages[d] * extent[d];
       pages[d] = extent[d];
+    }
+    for (std::size_t d = 0; numPagesOf(extent, pages) > 300; d = (d + 1) % 6) {
+      pages[d] = std::min(2 * pages[d], std::max(extent[d], pages[d]));
     }
     if (pages == former) continue;
     _nodes[i].module->setParameters(_nodes[i].parameters);

@@ -67,7 +67,8 @@ class RandomNetwork {
   PlainPosition randomExtent(long long maxVoxels);
   PlainPosition randomPageExtent();
   Link randomLink(int node);
-  /// Cuts pages that reach so far past their images that the test would take its time with nothing but that.
+  /// Cuts pages that reach far past their images, and joins very many small ones: the test would take its time with
+  /// nothing but that.
   void limitPages();
   PlainPosition extentOf(int node) const;
   void addNode(int index);
