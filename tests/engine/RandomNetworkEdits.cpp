@@ -104,10 +104,12 @@ void RandomNetwork::clearPages() {
       Host::getDefaultHost().getCache().clearCache();
       break;
     case 4: {
-      // Nobody is told of this, so a module that takes the placeholder would see that.
+      // Nobody is told of this: a module that takes the placeholder would see that, and one that requests tiles itself
+      // would determine properties, and so drop pages, while pages are calculated.
       const bool isSeen = std::any_of(_nodes.begin(), _nodes.end(), [=](const Node& other) {
-        return other.parameters.acceptsOpenInputs && std::any_of(other.links.begin(), other.links.end(),
-                                                                 [=](const Link& link) { return link.node == index; });
+        return (other.parameters.acceptsOpenInputs || other.parameters.kind == ModuleKind::inquiry) &&
+               std::any_of(other.links.begin(), other.links.end(),
+                           [=](const Link& link) { return link.node == index; });
       });
       if (isSeen) return;
       node.module->clearOutImg(outIndex);
@@ -160,7 +162,7 @@ long long RandomNetwork::costWithoutCache() const {
   long long most = 0;
   for (const Node& node : _nodes) {
     const ModuleParameters& p = node.parameters;
-    const bool isWhole = p.holdsInputs || p.kind == ModuleKind::mirror;
+    const bool isWhole = p.holdsInputs || p.kind == ModuleKind::mirror || p.kind == ModuleKind::inquiry;
     const bool isPointwise = p.pageExtent[0] == 0 && (p.kind == ModuleKind::inplace || p.kind == ModuleKind::blend ||
                                                       p.kind == ModuleKind::bypass || p.kind == ModuleKind::typeChange);
     const long long factor = isWhole ? 12 : isPointwise ? 1 : 3;
