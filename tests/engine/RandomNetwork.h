@@ -40,6 +40,8 @@ class RandomNetwork {
   void editSometimes();
   /// Requests a random tile of a random output and compares. \return what was wrong, or an empty text.
   std::string requestTile();
+  /// The number of tiles that were delivered.
+  int numDelivered() const { return _numDelivered; }
   /// The network, and what was done to it.
   std::string description() const;
 
@@ -102,6 +104,7 @@ class RandomNetwork {
   std::vector<Node> _nodes;
   int _numPushedHosts = 0;
   bool _isCacheAmple = true;
+  int _numDelivered = 0;
   std::vector<std::string> _history;
 };
 

@@ -213,6 +213,7 @@ std::string RandomNetwork::requestTile() {
   std::string error = expected.code == 0 ? compare(tile, expected.image) : "";
   if (error.empty()) error = checkState(code == 0);
   if (!_isCacheAmple) forgetCounts();
+  if (code == 0) ++_numDelivered;
   return error;
 }
 
