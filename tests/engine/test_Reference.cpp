@@ -69,7 +69,9 @@ TEST(ReferenceTest, EveryTileOfARandomNetworkEqualsThePlainLoops) {
   }
   printSummary(numDelivered);
   // Most networks are valid, so that the comparison means something.
-  if (numNetworks >= 100) EXPECT_GE(2 * numDelivered, numNetworks * numTiles);
+  if (numNetworks >= 100) {
+    EXPECT_GE(2 * numDelivered, numNetworks * numTiles);
+  }
 }
 
 }  // namespace
