@@ -305,24 +305,24 @@ class VX_EXPORT BaseOp : public Base {
   /// Takes a module from the list and notifies 0x200004. \return its index, -1 if it wasn't there.
   static VXint64 _removeBaseOp(BaseOp& op);
 
+  static std::vector<BaseOp*>* _instantiatedModules;  ///< All live modules in order of creation, or null.
+  static VXint64 _globalHandleNotificationDepth;      ///< Nesting depth of notifications across all modules.
+
+  FieldContainer _fieldContainer;                               ///< All fields of the module.
+  THREAD_SUPPORT _threadSupport = NO_THREAD_SUPPORT;            ///< Any value but 0 permits worker threads.
+  VXint64 _handleNotificationEntryCounter = 0;                  ///< Notifications that the module is handling.
+  bool _recursiveHandleNotificationsPermitted = false;          ///< Whether a notification may reach it meanwhile.
+  VXint64 _marker = 0;                                          ///< Not 0 while the update of properties is in it.
+  PERMITTED_TYPES _voxelDataTypeSupport = ONLY_STANDARD_TYPES;  ///< Declared class of voxel types.
+  VXTypePropBits _voxelDataTypeRequirements;                    ///< Properties that a voxel type must have.
+  VXint64 _handleNotificationOnCounter = 0;                     ///< Notifications are delivered from 0 on.
+
  private:
   // Whether an index is that of an input or an output.
   bool _isInput(VXint64 inIndex) const noexcept { return inIndex >= 0 && inIndex < getInputNum(); }
   bool _isOutput(VXint64 outIndex) const noexcept { return outIndex >= 0 && outIndex < getOutputNum(); }
   // Calls handleNotification() as the setting for exceptions says.
   void _guardedHandleNotification(Field* field);
-
-  static std::vector<BaseOp*>* _instantiatedModules;
-  static VXint64 _globalHandleNotificationDepth;
-
-  FieldContainer _fieldContainer;
-  THREAD_SUPPORT _threadSupport = NO_THREAD_SUPPORT;
-  VXint64 _handleNotificationEntryCounter = 0;
-  bool _recursiveHandleNotificationsPermitted = false;
-  VXint64 _marker = 0;
-  PERMITTED_TYPES _voxelDataTypeSupport = ONLY_STANDARD_TYPES;
-  VXTypePropBits _voxelDataTypeRequirements;
-  VXint64 _handleNotificationOnCounter = 0;
 };
 
 }  // namespace vx

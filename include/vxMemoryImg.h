@@ -71,16 +71,18 @@ class VX_EXPORT MemoryImg {
   /// \return the state as text for messages, at most 499 characters.
   std::string getAsString() const;
 
+ protected:
+  SubImg _subImg;               ///< Region, voxel type and voxels, which are owned.
+  bool _valid = false;          ///< Whether the memory holds the region's voxels.
+  bool _manualControl = false;  ///< Whether a module controls the block.
+
  private:
   // Bytes of the memory; 0 without.
   VXuint64 _numBytes() const;
   // Bytes of a region; saturates.
   static VXuint64 _numBytes(VXuint32 voxelSize, const SubImgBox& box);
 
-  SubImg _subImg;
-  bool _valid = false;
-  bool _manualControl = false;
-  VXint64 _numReaders = 0;
+  VXint64 _numReaders = 0;  // what requests read it
 };
 
 }  // namespace vx

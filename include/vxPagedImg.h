@@ -171,6 +171,21 @@ class VX_EXPORT PagedImg : public MedicalImageProperties {
   /// Prints which pages have memory, as a grid of 0 and 1.
   void printPages(std::ostream& stream) const;
 
+ protected:
+  BaseOp* _op;                      ///< Owning module, null for a free-standing image.
+  VXint64 _outIndex;                ///< Number of the output in the module.
+  TVector<VXint64> _pageExt;        ///< Voxels of a page in each dimension.
+  TVector<VXint64> _pageStride;     ///< Distances in page ids, all 0 before the first extent is set.
+  TVector<VXint64> _pagesPerDim;    ///< Pages along each dimension.
+  VXint64 _numPages = 0;            ///< Length of `_pages`.
+  CachedBuffer** _pages = nullptr;  ///< One entry for each page id, or null; owned, as are the pages.
+  VXint64 _inplaceIndex = -1;       ///< Input whose block may share memory with an output page, -1 for none.
+  VXint64 _bypassIndex = -1;        ///< Input whose pages stand in for those of the image, -1 for none.
+  bool _noPagesCalculated = true;   ///< Whether no page was made since the pages were last cleared.
+  MemoryImg _memoryImg;             ///< The memory image.
+  std::string _stateInfoString;     ///< Explanation of the state.
+  VXint32 _stateInfoErrorCode;      ///< Code of the state, 0 for a valid image.
+
  private:
   friend class BaseOp;
   friend class Host;
@@ -186,20 +201,6 @@ class VX_EXPORT PagedImg : public MedicalImageProperties {
   // Runs a tile request, unless the image is free-standing, which is reported.
   template <class Request>
   int _requestTile(const char* label, const Request& request) const;
-
-  BaseOp* _op;
-  VXint64 _outIndex;
-  TVector<VXint64> _pageExt;
-  TVector<VXint64> _pageStride;
-  TVector<VXint64> _pagesPerDim;
-  VXint64 _numPages = 0;
-  CachedBuffer** _pages = nullptr;  // owned, as are the pages
-  VXint64 _inplaceIndex = -1;
-  VXint64 _bypassIndex = -1;
-  bool _noPagesCalculated = true;
-  MemoryImg _memoryImg;
-  std::string _stateInfoString;
-  VXint32 _stateInfoErrorCode;
 };
 
 /// Prints the properties and the members, one a line.

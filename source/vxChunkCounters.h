@@ -78,12 +78,8 @@ class ChunkCounters {
   void countError() noexcept { ++_numThreadErrors; }
   /// \return the number of failures.
   VXint32 numErrors() const noexcept { return _numThreadErrors; }
-  /// \return whether copies of inputs take place in rounds.
-  bool areInputCopiesSerialized() const noexcept { return _serializeInputCopies; }
   /// \return workers between their start and their end.
   VXint32 numActiveThreads() const noexcept { return _numActiveThreads; }
-
-  friend bool operator==(const ChunkCounters&, const ChunkCounters&) = default;
 
  private:
   bool _openIfAllArrived(Barrier& barrier) noexcept {

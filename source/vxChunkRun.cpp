@@ -60,9 +60,10 @@ ChunkRun::Worker::~Worker() {
   if (_run._counters.threadEnds()) _run._changed.notify_all();
 }
 
-void ChunkRun::_wait(ChunkCounters::Barrier& barrier) {
+void ChunkRun::_wait(ChunkCounters::Barrier& (ChunkCounters::*which)() noexcept) {
   if (!_isThreaded || !_isSerialized) return;
   const MutexLock lock(_mutex);
+  ChunkCounters::Barrier& barrier = (_counters.*which)();
   const VXuint32 numOpenings = barrier.numOpenings;
   if (_counters.arrive(barrier)) _changed.notify_all();
   while (!ChunkCounters::hasOpened(barrier, numOpenings)) _changed.wait(_mutex);

@@ -76,9 +76,9 @@ class ChunkRun {
   };
 
   /// Waits until all are about to copy inputs, where copies take place in rounds.
-  void waitBeforeCopy() { _wait(_counters.beforeCopy()); }
+  void waitBeforeCopy() { _wait(&ChunkCounters::beforeCopy); }
   /// Waits until all have copied inputs, where copies take place in rounds.
-  void waitAfterCopy() { _wait(_counters.afterCopy()); }
+  void waitAfterCopy() { _wait(&ChunkCounters::afterCopy); }
 
   /// \return the mutex to be held while copying inputs; null if none.
   Mutex* copyMutex() noexcept { return _isSerialized ? &_mutex : nullptr; }
@@ -89,7 +89,7 @@ class ChunkRun {
   ///@}
 
  private:
-  void _wait(ChunkCounters::Barrier& barrier);
+  void _wait(ChunkCounters::Barrier& (ChunkCounters::*which)() noexcept);
 
   Mutex& _mutex;
   std::condition_variable_any& _changed;

@@ -12,17 +12,19 @@
 #include "vxPageGroup.h"
 #include "vxPagedImg.h"
 #include "vxProcessingGuards.h"
-#include "vxTimeCounter.h"
 #include "vxTraceBuffer.h"
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
 
 namespace vx {
 
 namespace {
 
-constexpr long double progressInterval = 0.3L;  // seconds
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds progressInterval(300);
 
 // The memory of the input blocks of one chunk; it goes from page to page and only grows.
 class InputBuffers {
@@ -76,13 +78,15 @@ class Chunk {
  private:
   void _calcPage(ThreadDataClass& record) {
     _run.waitBeforeCopy();
-    const TimeCounter pageTime;
+    const Clock::time_point start = Clock::now();
+    if (_threadInfo.pageIndex == 0) _progressStart = start;
     _copyInputs(record);
     _run.waitAfterCopy();
     if (_error == VX_RESULT_OK) _callModule(record);
-    record._outPage->updatePriority(static_cast<double>(pageTime.getRunningTimeInSeconds()),
+    const Clock::time_point end = Clock::now();
+    record._outPage->updatePriority(std::chrono::duration<double>(end - start).count(),
                                     std::max<VXint64>(record._outSubImg->getBox().getNumVoxels(), 0));
-    _showProgress(*record._op);
+    _showProgress(*record._op, end);
   }
 
   void _copyInputs(ThreadDataClass& record) {
@@ -132,17 +136,17 @@ class Chunk {
     _run.countError();
   }
 
-  void _showProgress(const BaseOp& op) {
-    if (VXIsMultithreadingActive() || _progressTime.getRunningTimeInSeconds() <= progressInterval) return;
+  void _showProgress(const BaseOp& op, Clock::time_point now) {
+    if (VXIsMultithreadingActive() || now - _progressStart <= progressInterval) return;
     Host::getDefaultHost().updateProgress(op.whoAmI(true).c_str(), "calculating");
-    _progressTime.reset();
+    _progressStart = Clock::now();
   }
 
   ChunkRun& _run;
   ThreadDataClass* const* _records;
   ThreadInfo _threadInfo;
   int _error = VX_RESULT_OK;
-  TimeCounter _progressTime;
+  Clock::time_point _progressStart;
   InputBuffers _buffers;
 };
 
@@ -206,7 +210,10 @@ void Host::_finishThreads(PageGroup& group, ChunkRun& run) {
   }
   run.requesterEnds();
   while (!run.haveAllWorkersEnded()) {
-    updateProgress(group.op.getTypeIdName(), "calculating");
+    {
+      const NestedRequestScope::Chunk mark(true);  // the application may request a tile while the workers run
+      updateProgress(group.op.getTypeIdName(), "calculating");
+    }
     run.waitForWorkers();
   }
   run.rethrow();

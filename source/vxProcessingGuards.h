@@ -108,7 +108,7 @@ class NestedRequestScope {
   /// \return whether this thread calculates a chunk while others may do the same.
   static bool isInsideThreadedRun() noexcept;
 
-  /// Marks this thread as calculating a chunk, for the length of a scope.
+  /// Marks this thread as calculating a chunk, or as calling out while others do, for the length of a scope.
   class Chunk {
    public:
     explicit Chunk(bool isThreaded) noexcept;

@@ -7,6 +7,7 @@
 #include "vxThread.h"
 
 #include <set>
+#include <utility>
 
 namespace vx::test {
 
@@ -29,14 +30,17 @@ class ThreadStarts {
   static inline ThreadStarts* _current = nullptr;
 };
 
-}  // namespace vx::test
+// The names by which the linker knows the wrapped function.
+ThreadHandle startForReal(void (*entry)(void*), unsigned int stackSize,
+                          void* argument) __asm__("__real__ZN2vx11StartThreadEPFvPvEjS0_");
+ThreadHandle startIfNotMissing(void (*entry)(void*), unsigned int stackSize,
+                               void* argument) __asm__("__wrap__ZN2vx11StartThreadEPFvPvEjS0_");
 
-extern "C" {
-vx::ThreadHandle __real__ZN2vx11StartThreadEPFvPvEjS0_(void (*entry)(void*), unsigned int stackSize, void* argument);
-vx::ThreadHandle __wrap__ZN2vx11StartThreadEPFvPvEjS0_(void (*entry)(void*), unsigned int stackSize, void* argument) {
-  if (vx::test::ThreadStarts::isNextMissing()) return {};
-  return __real__ZN2vx11StartThreadEPFvPvEjS0_(entry, stackSize, argument);
+__attribute__((used)) inline ThreadHandle startIfNotMissing(void (*entry)(void*), unsigned int stackSize,
+                                                            void* argument) {
+  return ThreadStarts::isNextMissing() ? ThreadHandle() : startForReal(entry, stackSize, argument);
 }
-}
+
+}  // namespace vx::test
 
 #endif

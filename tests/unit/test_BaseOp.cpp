@@ -21,6 +21,7 @@ using Messages = std::vector<Message>;
 class TestOp : public BaseOp {
  public:
   using BaseOp::_addBaseOp;
+  using BaseOp::_marker;
   using BaseOp::_removeBaseOp;
   using BaseOp::BaseOp;
 
@@ -181,11 +182,14 @@ TEST_F(BaseOpTest, TheEnumeratorsHaveTheirValues) {
 }
 
 TEST_F(BaseOpTest, MarkersAreNumbersOf32Bits) {
-  BaseOp op(0, 0);
+  TestOp op(0, 0);
   for (const int marker : {1, -1, 0, 2147483647, -2147483647 - 1}) {
     op.setMarker(marker);
     EXPECT_EQ(op.getMarker(), marker);
+    EXPECT_EQ(op._marker, VXint64{marker}) << "kept with its sign";
   }
+  op._marker = (VXint64{3} << 32) | 0xFFFFFFFE;
+  EXPECT_EQ(op.getMarker(), -2);
 }
 
 TEST_F(BaseOpTest, ThreadSupportIsKept) {
@@ -387,6 +391,17 @@ TEST_F(BaseOpTest, AModuleIsTakenFromTheListOnce) {
   EXPECT_EQ(TestOp::_removeBaseOp(op), -1);
   EXPECT_EQ(removed.heard, (Heard{{0x200004U, &op, nullptr}}));
   EXPECT_TRUE(TestOp::_addBaseOp(op));
+}
+
+TEST_F(BaseOpTest, TheListGrowsByManyModulesAtATime) {
+  constexpr int numModules = 8192;
+  TestOp op(0, 0);
+  const VXint64 before = BaseOp::getNumBaseOps();
+  const long allocations = numAllocations();
+  for (int i = 0; i < numModules; ++i) TestOp::_addBaseOp(op);
+  EXPECT_LE(numAllocations() - allocations, 1);
+  for (int i = 0; i < numModules; ++i) TestOp::_removeBaseOp(op);
+  EXPECT_EQ(BaseOp::getNumBaseOps(), before);
 }
 
 TEST_F(BaseOpTest, ListenersHearOfModulesThatComeAndGo) {

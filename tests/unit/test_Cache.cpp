@@ -1,4 +1,5 @@
 #include "CacheFixture.h"
+#include "SlotOf.h"
 
 #include "vxRuntime.h"
 
@@ -72,6 +73,14 @@ TEST_F(CacheTest, FollowsThePatternOfRuntimeTypes) {
   EXPECT_EQ(made->getMaxCacheSizeKB(), 50000U);
   EXPECT_TRUE(std::has_virtual_destructor_v<Cache>);
 }
+
+#ifdef VX_TESTS_SLOTS_ARE_KNOWN
+TEST_F(CacheTest, TheVirtualFunctionsHaveTheirSlots) {
+  EXPECT_EQ(slotOf(&Cache::getTypeId), 2U) << "the destructor takes two";
+  EXPECT_EQ(slotOf(&Cache::getTypeIdName), 3U);
+  EXPECT_EQ(slotOf(&Cache::typeInstanceCounter), 4U);
+}
+#endif
 
 TEST_F(CacheTest, CopyConstructionIsReportedAndMakesAnEmptyCache) {
   a.init(cache, 3, 2 * KB, nullptr);

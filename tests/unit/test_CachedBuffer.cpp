@@ -164,6 +164,7 @@ TEST_F(CachedBufferTest, InitOfTheSameSizeKeepsTheBlockAndMovesToTheEnd) {
   EXPECT_EQ(buffer.getData(), data);
   EXPECT_EQ(static_cast<unsigned char*>(data)[2 * KB - 1], 7);
   EXPECT_EQ(buffer.getLockCount(), 0);
+  EXPECT_EQ(buffer.getTotalLockCount(), 1) << "it was initialised all the time";
   EXPECT_EQ(buffersOf(cache, 4), (Buffers{&other, &buffer}));
   EXPECT_EQ(cache.getFigures().held, 3 * KB);
   EXPECT_EQ(cache.getFigures().locked, 0U);

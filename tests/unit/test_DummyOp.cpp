@@ -3,6 +3,7 @@
 #include "TestAllocator.h"
 
 #include "vxDummyOp.h"
+#include "vxNotify.h"
 #include "vxPagedImg.h"
 
 #include <gtest/gtest.h>
@@ -60,6 +61,21 @@ TEST_F(DummyOpTest, TheImageIsOneValidVoxel) {
   EXPECT_EQ(image.getMaxVoxelValue(), 1);
   EXPECT_EQ(image.getVoxelSize(), Tvec3<double>(1, 1, 1));
   EXPECT_EQ(messages.take(), Messages{});
+}
+
+TEST_F(DummyOpTest, AnImageThatCanNotBeMadeValidIsReported) {
+  // Between the construction of the base and the update, the module is made to require what no type has.
+  const auto requireAll = [](void*, unsigned int, void* module, void*) {
+    static_cast<BaseOp*>(module)->setVoxelDataTypeSupport(BaseOp::EXPLICIT_TYPES, {{~0U, ~0U, ~0U, ~0U}});
+  };
+  const VXCallbackHandle handle = VXNotify.addNotifyCB(requireAll, nullptr, 0x200002);
+  const DummyOp op;
+  VXNotify.removeNotifyCB(handle);
+  EXPECT_EQ(
+      messages.take(),
+      (Messages{{VX_FATAL, 20, "DummyOp::DummyOp:", "Could not make image valid. Continuing with invalid one."}}));
+  EXPECT_FALSE(op.getOutImg(0)->isUpToDate());
+  EXPECT_EQ(op.getOutImg(0)->getStateInfoErrorCode(), 28);
 }
 
 TEST_F(DummyOpTest, AnUpdateRestoresTheProperties) {

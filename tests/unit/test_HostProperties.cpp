@@ -192,6 +192,7 @@ TEST_F(HostPropertiesTest, OperationsWithoutAGuardLetExceptionsPassAndTheCounter
   EXPECT_THROW(host.updateImageProps(module, 0), int);
   expectRest();
   EXPECT_EQ(module.getMarker(), 0);
+  EXPECT_FALSE(module.img().isUpToDate());
   TestModule open(1, 1);
   open.onHandleInput = [](int, BaseOp::INPUT_STATE) -> BaseOp::INPUT_HANDLE { throw OtherException(); };
   EXPECT_THROW(host.updateImageProps(open, 0), OtherException);

@@ -520,6 +520,31 @@ TEST_F(HostThreadsTest, AFailureOfARequestFromInsideIsItsOwn) {
   EXPECT_EQ(messages.take().size(), 4U);
 }
 
+TEST_F(HostThreadsTest, TheProgressCallbackIsServedATileWhileWorkersRun) {
+  host.setMaxNumThreads(2);
+  makeRow(4);
+  SourceModule source(ext(40, 40), ext(8, 8), VXuint16Type);
+  source.threaded();
+  struct Application {
+    Host& host;
+    TestModule& source;
+    std::vector<VXint64> values;
+    int isActiveAfter;
+  } application{host, source, {}, -1};
+  host.setProgressCB(&application, [](void* userData, const char*, const char*) {
+    auto& app = *static_cast<Application*>(userData);
+    void* data = nullptr;
+    app.host.getTile(app.source, 0, boxOf(0, 0, 39, 39), VXint64Type, &data);
+    app.values = valuesOf(boxOf(0, 0, 39, 39), VXint64Type, data);
+    app.host.freeTile(data);
+    app.isActiveAfter = VXIsMultithreadingActive();
+  });
+  onPage = [](VXint64) { std::this_thread::sleep_for(std::chrono::milliseconds(20)); };
+  EXPECT_EQ(tile(*row, rowBox(4)), numbers(4));
+  EXPECT_EQ(application.values, valuesAt(boxOf(0, 0, 39, 39), sourceValue));
+  EXPECT_EQ(application.isActiveAfter, 1);
+}
+
 TEST_F(HostThreadsTest, ARequestFromInsideASingleThreadMayUseThreads) {
   host.setMaxNumThreads(2);
   makeRow(4);

@@ -173,6 +173,18 @@ TEST_F(HostTileTest, AModuleMayRequestTilesInsideItsOwnCalculation) {
   EXPECT_EQ(processing, 2U);
 }
 
+TEST_F(HostTileTest, AModuleMayRequestTilesWhileItSetsProperties) {
+  module.connect(0, source);
+  VXint64 seen = -1;
+  module.onCalcOutImageProps = [&](PagedImg& img, int) {
+    void* data = &seen;
+    EXPECT_EQ(host.getTile(source, 0, boxOf(20, 1, 20, 1), VXint64Type, &data), 0);
+    img.setMaxVoxelValue(static_cast<long double>(seen));
+  };
+  EXPECT_EQ(tile(module, boxOf(0, 0, 1, 0)), (std::vector<VXint64>{0, 1}));
+  EXPECT_EQ(seen, sourceValue(ext(20, 1, 0, 0, 0, 0)));
+}
+
 // Groups -------------------------------------------------------------------------------------------------------------
 
 // The ids of the pages that each call of the property of inputs precedes, up to the next calculation.

@@ -223,6 +223,29 @@ TEST_F(PagedImgTest, PropertiesAreCopiedWithThePageExtent) {
   EXPECT_EQ(image.getStateInfoErrorCode(), 10);
 }
 
+// An image whose members are set past the tests of the setters.
+class UncheckedImg : public PagedImg {
+ public:
+  using PagedImg::_bypassIndex;
+  using PagedImg::_pageExt;
+};
+
+TEST_F(PagedImgTest, PropertiesWithAnIllegalPageExtentFallBackAndDropAllPages) {
+  UncheckedImg other;
+  other.setImgExt(Vector(200, 200, 1, 1, 1, 1));
+  other._pageExt = Vector();
+  makeFourPages(image);
+  fillPage(image, 3, 1);
+  image.setImgProps(other);
+  EXPECT_EQ(messages.take(),
+            (Messages{{VX_FATAL, 19, "PagedImg::setPageExt()",
+                       "Page extents must be >0 in each dimension! Continuing with 128x128x1x1x1x1."}}));
+  EXPECT_EQ(image.getPageExt(), Vector(128, 128, 1, 1, 1, 1));
+  EXPECT_EQ(image.getNumPages(), 4);
+  EXPECT_EQ(image.getPage(3, PagedImg::OWN_PAGE), nullptr);
+  EXPECT_TRUE(image.areNoPagesCalculated());
+}
+
 TEST_F(PagedImgTest, PropertiesOfAnEqualImageDropAllPagesToo) {
   PagedImg other(nullptr, 0);
   makeFourPages(image);
@@ -635,6 +658,15 @@ TEST_F(PagedImgBypassTest, WithoutABypassOrAnInputNothingStandsIn) {
   EXPECT_NE(out.getPage(1, PagedImg::BYPASSED_PAGE), nullptr);
   op.getInField(0)->getInputConnectorValue().disconnect();
   EXPECT_EQ(out.getPage(1, PagedImg::BYPASSED_PAGE), nullptr);
+}
+
+TEST_F(PagedImgBypassTest, NothingStandsInForAFreeStandingImage) {
+  UncheckedImg free;
+  makeFourPages(free);
+  free._bypassIndex = 0;
+  EXPECT_EQ(free.getPage(1, PagedImg::OWN_OR_BYPASSED_PAGE), nullptr);
+  EXPECT_EQ(free.getPage(1, PagedImg::BYPASSED_PAGE), nullptr);
+  EXPECT_EQ(messages.take(), Messages{});
 }
 
 TEST_F(PagedImgBypassTest, AnInputWithoutATableHasNoPage) {
