@@ -10,7 +10,8 @@
 // outputType  enum    automatic  voxel type; automatic holds both inputs' types, or is the first's if input 1 is open
 //
 // Values are calculated in double precision, rounded and limited to the range of the output's type. A division by 0
-// gives infinity or NaN: the limit of an integer type, or 0. Minimum and maximum take the first operand where one is NaN.
+// gives infinity or NaN: the limit of an integer type, or 0. Minimum and maximum take the first operand where one is
+// NaN.
 
 #include "vxModuleTools.h"
 
@@ -21,20 +22,35 @@ namespace vx::modules {
 
 namespace {
 
-enum Operation : int { addOperation, subtractOperation, multiplyOperation, divideOperation, minimumOperation, maximumOperation, differenceOperation };
+enum Operation : int {
+  addOperation,
+  subtractOperation,
+  multiplyOperation,
+  divideOperation,
+  minimumOperation,
+  maximumOperation,
+  differenceOperation
+};
 constexpr const char* operationItems[] = {"add", "subtract", "multiply", "divide", "minimum", "maximum", "difference"};
 
 // Calls f with the function of an operation, so that the loop over a row is made for each of them.
 template <class F>
 void visitOperation(int operation, F&& f) {
   switch (operation) {
-    case addOperation: return f([](double a, double b) { return a + b; });
-    case subtractOperation: return f([](double a, double b) { return a - b; });
-    case multiplyOperation: return f([](double a, double b) { return a * b; });
-    case divideOperation: return f([](double a, double b) { return a / b; });
-    case minimumOperation: return f([](double a, double b) { return b < a ? b : a; });
-    case maximumOperation: return f([](double a, double b) { return b > a ? b : a; });
-    default: return f([](double a, double b) { return std::fabs(a - b); });
+    case addOperation:
+      return f([](double a, double b) { return a + b; });
+    case subtractOperation:
+      return f([](double a, double b) { return a - b; });
+    case multiplyOperation:
+      return f([](double a, double b) { return a * b; });
+    case divideOperation:
+      return f([](double a, double b) { return a / b; });
+    case minimumOperation:
+      return f([](double a, double b) { return b < a ? b : a; });
+    case maximumOperation:
+      return f([](double a, double b) { return b > a ? b : a; });
+    default:
+      return f([](double a, double b) { return std::fabs(a - b); });
   }
 }
 
@@ -56,7 +72,9 @@ class Arithmetic : public StandardModule {
   }
   void calcOutImageProps(int outIndex) override;
   SubImgBox calcInSubImageBox(int inIndex, const SubImgBox& box, int outIndex) override;
-  void calcInSubImageProps(int /*inIndex*/, InSubImageProps& props, int /*outIndex*/) override { props.dataType = VXdoubleType; }
+  void calcInSubImageProps(int /*inIndex*/, InSubImageProps& props, int /*outIndex*/) override {
+    props.dataType = VXdoubleType;
+  }
   using StandardModule::calcOutSubImage;
   void calcOutSubImage(SubImg* outSubImg, int outIndex, SubImg* inSubImgs) override;
 
@@ -79,10 +97,12 @@ void Arithmetic::calcOutImageProps(int /*outIndex*/) {
     const PagedImg& second = *getInImg(1, true);
     for (std::size_t d = 0; d < Vector::size(); ++d) {
       if (second.getImgExt()[d] != image.getImgExt()[d] && second.getImgExt()[d] != 1) {
-        return invalidate("The extents of the inputs don't fit: " + extentText(image.getImgExt()) + " and " + extentText(second.getImgExt()) + '.');
+        return invalidate("The extents of the inputs don't fit: " + extentText(image.getImgExt()) + " and " +
+                          extentText(second.getImgExt()) + '.');
       }
     }
-    type = VXPromotedType(VXGetRangeAndPrecisionEquivalent(type), VXGetRangeAndPrecisionEquivalent(second.getDataType()));
+    type =
+        VXPromotedType(VXGetRangeAndPrecisionEquivalent(type), VXGetRangeAndPrecisionEquivalent(second.getDataType()));
     low = second.getMinVoxelValue();
     high = second.getMaxVoxelValue();
   }

@@ -86,7 +86,8 @@ std::vector<W> convolveAlong(const Block& in, std::size_t d, const std::vector<W
 
 // Convolves a volume along z, y and x, with no more than a slice between. \param writeRow writeRow(y, z, values)
 template <class W, class WriteRow>
-void convolveVolume(const Block& in, const Vector& offset, const Weights<W>& weights, CombineRows<W> combine, WriteRow&& writeRow) {
+void convolveVolume(const Block& in, const Vector& offset, const Weights<W>& weights, CombineRows<W> combine,
+                    WriteRow&& writeRow) {
   const CombineRows<W> combineSums = combineFrom<W>(typeOf<W>);
   const std::size_t radii[] = {radiusOf(weights[0]), radiusOf(weights[1]), radiusOf(weights[2])};
   const auto lineLen = static_cast<std::size_t>(in.extent.x);
@@ -134,8 +135,12 @@ class Convolution : public StandardModule {
   VX_CLASS_HEADER(Convolution)
 
   void calcOutImageProps(int outIndex) override;
-  SubImgBox calcInSubImageBox(int /*inIndex*/, const SubImgBox& box, int /*outIndex*/) override { return grow(getValidBox(box), _radius); }
-  void calcInSubImageProps(int /*inIndex*/, InSubImageProps& props, int /*outIndex*/) override { props.dataType = _inType; }
+  SubImgBox calcInSubImageBox(int /*inIndex*/, const SubImgBox& box, int /*outIndex*/) override {
+    return grow(getValidBox(box), _radius);
+  }
+  void calcInSubImageProps(int /*inIndex*/, InSubImageProps& props, int /*outIndex*/) override {
+    props.dataType = _inType;
+  }
   using StandardModule::calcOutSubImage;
   void calcOutSubImage(SubImg* outSubImg, int outIndex, SubImg* inSubImgs) override;
 
@@ -214,7 +219,9 @@ void Convolution::chooseWorkType(VXDataType inType) {
 }
 
 void Convolution::calcOutImageProps(int /*outIndex*/) {
-  if (!isValidEnum("kernel", _kernel, std::size(kernelItems)) || !isValidEnum("border", _border, std::size(borderItems))) return;
+  if (!isValidEnum("kernel", _kernel, std::size(kernelItems)) ||
+      !isValidEnum("border", _border, std::size(borderItems)))
+    return;
   if (_kernel == boxKernel ? !setBox() : !setGauss()) return;
   PagedImg& image = *getOutImg(0);
   const VXDataType inType = VXGetRangeAndPrecisionEquivalent(image.getDataType());
@@ -223,7 +230,8 @@ void Convolution::calcOutImageProps(int /*outIndex*/) {
   image.setDataType(getOutputType(!isGauss ? inType : _workType == VXfloatType ? VXfloatType : VXdoubleType));
   const Vector extent = image.getImgExt();
   const Vector pageExt = chooseMarginPageExt(extent, _radius, isGauss ? 256 * 1024 : 128 * 1024);
-  if (!isUsableExtent(pageExt + 2 * _radius, VXuint64{1} << 32)) return invalidate("The kernel is too large for the image.");
+  if (!isUsableExtent(pageExt + 2 * _radius, VXuint64{1} << 32))
+    return invalidate("The kernel is too large for the image.");
   image.setPageExt(pageExt);
   if (_border == fillBorder) {
     image.setMinVoxelValue(std::min<double>(image.getMinVoxelValue(), _fillValue));
@@ -235,9 +243,12 @@ void Convolution::calcOutSubImage(SubImg* outSubImg, int /*outIndex*/, SubImg* i
   if (inSubImgs[0].getBox().isEmpty()) return;
   extendBorders(inSubImgs[0], getOutImg(0)->getBoxFromImgExt(), _border, _fillValue);
   switch (_workType) {
-    case VXint32Type: return sumBoxes(*outSubImg, inSubImgs[0]);
-    case VXfloatType: return convolve(*outSubImg, inSubImgs[0], _floatWeights);
-    default: return convolve(*outSubImg, inSubImgs[0], _weights);
+    case VXint32Type:
+      return sumBoxes(*outSubImg, inSubImgs[0]);
+    case VXfloatType:
+      return convolve(*outSubImg, inSubImgs[0], _floatWeights);
+    default:
+      return convolve(*outSubImg, inSubImgs[0], _weights);
   }
 }
 
@@ -296,7 +307,8 @@ void Convolution::sumBoxes(const SubImg& out, const SubImg& in) const {
       for (VXint64 y = 0; y < numLines; ++y) {
         const Vector place = volume + Vector(0, y, z, 0, 0, 0);
         const bool isFull = z >= _size.z;
-        moveSums(block.at(place), isFull ? block.at(place - Vector(0, 0, _size.z, 0, 0, 0)) : nullptr, sliceLine(y), lineLen);
+        moveSums(block.at(place), isFull ? block.at(place - Vector(0, 0, _size.z, 0, 0, 0)) : nullptr, sliceLine(y),
+                 lineLen);
       }
       if (z + 1 < _size.z) continue;
       line.assign(lineLen, 0);
@@ -304,7 +316,8 @@ void Convolution::sumBoxes(const SubImg& out, const SubImg& in) const {
         kernels.moveSumsOfSums(sliceLine(y), y >= _size.y ? sliceLine(y - _size.y) : nullptr, line.data(), lineLen);
         if (y + 1 < _size.y) continue;
         kernels.sumAlong(line.data(), static_cast<std::size_t>(_size.x), sums.data(), number);
-        storeMean(sums.data(), divisor, bytesAt(out, box.v1 + volume + Vector(0, y + 1 - _size.y, z + 1 - _size.z, 0, 0, 0)), number);
+        storeMean(sums.data(), divisor,
+                  bytesAt(out, box.v1 + volume + Vector(0, y + 1 - _size.y, z + 1 - _size.z, 0, 0, 0)), number);
       }
     }
   });

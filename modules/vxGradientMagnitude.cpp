@@ -31,7 +31,9 @@ class GradientMagnitude : public StandardModule {
   SubImgBox calcInSubImageBox(int /*inIndex*/, const SubImgBox& box, int /*outIndex*/) override {
     return SubImgBox::intersect(grow(getValidBox(box), Vector(1, 1, 1, 0, 0, 0)), getOutImg(0)->getBoxFromImgExt());
   }
-  void calcInSubImageProps(int /*inIndex*/, InSubImageProps& props, int /*outIndex*/) override { props.dataType = _workType; }
+  void calcInSubImageProps(int /*inIndex*/, InSubImageProps& props, int /*outIndex*/) override {
+    props.dataType = _workType;
+  }
   using StandardModule::calcOutSubImage;
   void calcOutSubImage(SubImg* outSubImg, int /*outIndex*/, SubImg* inSubImgs) override {
     if (_workType == VXfloatType) {

@@ -6,7 +6,8 @@
 // update     notify                  calculates the results
 // numBins    int     256             bins of the histogram, 0 to 65536; 0 for none
 // rangeMin   double  0               lower limit of the first bin
-// rangeMax   double  0               upper limit of the last bin, which belongs to it; where it isn't above rangeMin, the
+// rangeMax   double  0               upper limit of the last bin, which belongs to it; where it isn't above rangeMin,
+// the
 //                                    histogram runs from the minimum to the maximum, which takes a second walk
 // status     string  not calculated  "ok", or why the results are empty
 // count      string                  number of voxels that aren't NaN; NaN is passed over by all results
@@ -74,7 +75,8 @@ class ImageStatistics : public StandardModule {
     fields().addInt("numBins", &_numBins);
     fields().addDouble("rangeMin", &_rangeMin);
     fields().addDouble("rangeMax", &_rangeMax);
-    for (const char* name : {"status", "count", "minimum", "maximum", "mean", "deviation", "histogram"}) fields().addString(name);
+    for (const char* name : {"status", "count", "minimum", "maximum", "mean", "deviation", "histogram"})
+      fields().addString(name);
     fields().setValue("status", "not calculated");
     setThreadSupport(THREAD_SUPPORTED);
   }
@@ -84,7 +86,9 @@ class ImageStatistics : public StandardModule {
   SubImgBox calcInSubImageBox(int inIndex, const SubImgBox& box, int /*outIndex*/) override {
     return SubImgBox::intersect(box, getInImg(inIndex, true)->getBoxFromImgExt());
   }
-  void calcInSubImageProps(int /*inIndex*/, InSubImageProps& props, int /*outIndex*/) override { props.dataType = VXdoubleType; }
+  void calcInSubImageProps(int /*inIndex*/, InSubImageProps& props, int /*outIndex*/) override {
+    props.dataType = VXdoubleType;
+  }
   using StandardModule::calcOutSubImage;
   void calcOutSubImage(SubImg* outSubImg, int outIndex, SubImg* inSubImgs) override;
   void handleNotification(Field* field) override {
@@ -176,7 +180,8 @@ void ImageStatistics::update() {
   fields().setValue("minimum", hasValues ? numberText(all.minimum) : std::string());
   fields().setValue("maximum", hasValues ? numberText(all.maximum) : std::string());
   fields().setValue("mean", hasValues ? numberText(all.mean) : std::string());
-  fields().setValue("deviation", hasValues ? numberText(std::sqrt(all.squares / static_cast<double>(all.count))) : std::string());
+  fields().setValue("deviation",
+                    hasValues ? numberText(std::sqrt(all.squares / static_cast<double>(all.count))) : std::string());
   fields().setValue("histogram", isGood ? histogram : std::string());
   fields().setValue("status", isGood ? std::string("ok") : error);
 }

@@ -29,7 +29,9 @@ class Median : public StandardModule {
   VX_CLASS_HEADER(Median)
 
   void calcOutImageProps(int outIndex) override;
-  SubImgBox calcInSubImageBox(int /*inIndex*/, const SubImgBox& box, int /*outIndex*/) override { return grow(getValidBox(box), _radius); }
+  SubImgBox calcInSubImageBox(int /*inIndex*/, const SubImgBox& box, int /*outIndex*/) override {
+    return grow(getValidBox(box), _radius);
+  }
   using StandardModule::calcOutSubImage;
   void calcOutSubImage(SubImg* outSubImg, int outIndex, SubImg* inSubImgs) override;
 
@@ -48,7 +50,8 @@ VX_MODULE_SOURCE(Median)
 
 void Median::calcOutImageProps(int /*outIndex*/) {
   PagedImg& image = *getOutImg(0);
-  if (!VXIsStandardType(image.getDataType())) return invalidate("The voxels of the input have no order.", VX_BAD_DATA_TYPE);
+  if (!VXIsStandardType(image.getDataType()))
+    return invalidate("The voxels of the input have no order.", VX_BAD_DATA_TYPE);
   if (!isValidEnum("border", _border, std::size(borderItems))) return;
   constexpr VXint64 largestSize = 100000;
   VXint64 numVoxels = 1;
@@ -61,7 +64,8 @@ void Median::calcOutImageProps(int /*outIndex*/) {
     _radius[d] = _size[d] / 2;
   }
   const Vector pageExt = chooseMarginPageExt(image.getImgExt(), _radius, 128 * 1024);
-  if (!isUsableExtent(pageExt + 2 * _radius, VXuint64{1} << 32)) return invalidate("The surroundings are too large for the image.");
+  if (!isUsableExtent(pageExt + 2 * _radius, VXuint64{1} << 32))
+    return invalidate("The surroundings are too large for the image.");
   image.setPageExt(pageExt);
   if (_border == fillBorder) {
     image.setMinVoxelValue(std::min<double>(image.getMinVoxelValue(), _fillValue));
@@ -76,7 +80,8 @@ void Median::calcOutSubImage(SubImg* outSubImg, int /*outIndex*/, SubImg* inSubI
   if (_size == Vector(3, 3, 3, 1, 1, 1) || _size == Vector(3, 3, 1, 1, 1, 1)) return sortSlices(*outSubImg, in);
   switch (in.getDataType()) {
 #define VX_SELECT_CASE(T, number) \
-  case number: return selectEach<T>(*outSubImg, in);
+  case number:                    \
+    return selectEach<T>(*outSubImg, in);
     VX_SELECT_CASE(VXint8, VXint8Type)
     VX_SELECT_CASE(VXuint8, VXuint8Type)
     VX_SELECT_CASE(VXint16, VXint16Type)
@@ -88,7 +93,8 @@ void Median::calcOutSubImage(SubImg* outSubImg, int /*outIndex*/, SubImg* inSubI
     VX_SELECT_CASE(double, VXldoubleType)
     VX_SELECT_CASE(VXint64, VXint64Type)
 #undef VX_SELECT_CASE
-    default: throw static_cast<int>(VX_BAD_DATA_TYPE);
+    default:
+      throw static_cast<int>(VX_BAD_DATA_TYPE);
   }
 }
 
@@ -113,7 +119,9 @@ void Median::sortSlices(const SubImg& out, const SubImg& in) const {
   };
   const MemoryPtr<unsigned char> slices = allocate(isVolume ? 3 * static_cast<std::size_t>(numLines) * lineBytes : 1);
   const MemoryPtr<unsigned char> lines = allocate(9 * lineBytes);
-  const auto rankedLine = [&](VXint64 rank, VXint64 y) { return slices.get() + static_cast<std::size_t>(rank * numLines + y) * lineBytes; };
+  const auto rankedLine = [&](VXint64 rank, VXint64 y) {
+    return slices.get() + static_cast<std::size_t>(rank * numLines + y) * lineBytes;
+  };
   void* ranked[9];
   for (std::size_t i = 0; i < 9; ++i) ranked[i] = lines.get() + i * lineBytes;
 
@@ -157,9 +165,8 @@ void Median::selectEach(const SubImg& out, const SubImg& in) const {
     for (VXint64 i = 0; i < box.getExt().x; ++i) {
       const Vector center = position + Vector(i, 0, 0, 0, 0, 0);
       T* value = values.data();
-      forEachRow(SubImgBox(center - _radius, center + _radius), [&](const Vector& row) {
-        value = std::copy_n(voxelAt<T>(in, row), _size.x, value);
-      });
+      forEachRow(SubImgBox(center - _radius, center + _radius),
+                 [&](const Vector& row) { value = std::copy_n(voxelAt<T>(in, row), _size.x, value); });
       std::nth_element(values.begin(), middle, values.end(), isLess);
       target[i] = *middle;
     }

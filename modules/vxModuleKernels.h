@@ -20,10 +20,10 @@ using CombineRows = void (*)(const void* const* rows, const W* weights, std::siz
 
 /// All loops. Every version gives the same bits.
 struct ModuleKernels {
-  StoreRow<double> storeDouble[numTypes];      ///< Rounds and limits numbers, by output type.
-  StoreRow<float> storeFloat[numTypes];        ///< The same from single precision.
-  CombineRows<float> combineFloat[numTypes];   ///< Weighted sums in single precision, of 8 and 16 bits and float.
-  CombineRows<double> combineDouble;           ///< Weighted sums in double precision, of double.
+  StoreRow<double> storeDouble[numTypes];     ///< Rounds and limits numbers, by output type.
+  StoreRow<float> storeFloat[numTypes];       ///< The same from single precision.
+  CombineRows<float> combineFloat[numTypes];  ///< Weighted sums in single precision, of 8 and 16 bits and float.
+  CombineRows<double> combineDouble;          ///< Weighted sums in double precision, of double.
   /// sums[i] += add[i] - subtract[i], of 8 and 16 bits; `subtract` may be null.
   void (*moveSums[numTypes])(const void* add, const void* subtract, VXint32* sums, std::size_t number);
   /// The same of sums.

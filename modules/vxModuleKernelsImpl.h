@@ -86,10 +86,12 @@ void combineRows(const void* const* rowPointers, const W* weights, std::size_t r
   const In* const* const rows = reinterpret_cast<const In* const*>(rowPointers);
   const In* const* const middle = rows + radius;
   const auto whole = [&](std::size_t i) {
-    Result sum = __builtin_convertvector(__builtin_convertvector(load<InVector>(*middle + i), PairVector), Result) * weights[0];
+    Result sum =
+        __builtin_convertvector(__builtin_convertvector(load<InVector>(*middle + i), PairVector), Result) * weights[0];
     for (std::size_t k = 1; k <= radius; ++k) {
-      const PairVector pair = __builtin_convertvector(load<InVector>(middle[-static_cast<std::ptrdiff_t>(k)] + i), PairVector) +
-                              __builtin_convertvector(load<InVector>(middle[k] + i), PairVector);
+      const PairVector pair =
+          __builtin_convertvector(load<InVector>(middle[-static_cast<std::ptrdiff_t>(k)] + i), PairVector) +
+          __builtin_convertvector(load<InVector>(middle[k] + i), PairVector);
       sum += __builtin_convertvector(pair, Result) * weights[k];
     }
     store(out + i, sum);
@@ -97,7 +99,8 @@ void combineRows(const void* const* rowPointers, const W* weights, std::size_t r
   const auto single = [&](std::size_t i) {
     W sum = static_cast<W>(static_cast<Pair>((*middle)[i])) * weights[0];
     for (std::size_t k = 1; k <= radius; ++k) {
-      const Pair pair = static_cast<Pair>(static_cast<Pair>(middle[-static_cast<std::ptrdiff_t>(k)][i]) + static_cast<Pair>(middle[k][i]));
+      const Pair pair = static_cast<Pair>(static_cast<Pair>(middle[-static_cast<std::ptrdiff_t>(k)][i]) +
+                                          static_cast<Pair>(middle[k][i]));
       sum += static_cast<W>(pair) * weights[k];
     }
     out[i] = sum;
@@ -174,7 +177,8 @@ void sortThree(const void* const* in, void* const* out, std::size_t number) {
     store(results[1] + i, b);
     store(results[2] + i, c);
   };
-  forRuns<lanes>(number, [&](std::size_t i) { sortAt(Lanes<T, lanes>(), i); }, [&](std::size_t i) { sortAt(T(), i); });
+  forRuns<lanes>(
+      number, [&](std::size_t i) { sortAt(Lanes<T, lanes>(), i); }, [&](std::size_t i) { sortAt(T(), i); });
 }
 
 template <class V, class T>
@@ -201,8 +205,9 @@ void median9(const void* const* rowPointers, void* out, std::size_t number) {
   using V = Lanes<T, lanes>;
   const T* const* const rows = reinterpret_cast<const T* const*>(rowPointers);
   T* const result = static_cast<T*>(out);
-  forRuns<lanes>(number, [&](std::size_t i) { store(result + i, medianOf9<V>(rows, i)); },
-                 [&](std::size_t i) { result[i] = medianOf9<T>(rows, i); });
+  forRuns<lanes>(
+      number, [&](std::size_t i) { store(result + i, medianOf9<V>(rows, i)); },
+      [&](std::size_t i) { result[i] = medianOf9<T>(rows, i); });
 }
 
 template <class T>
@@ -211,27 +216,32 @@ void median27(const void* const* rowPointers, void* out, std::size_t number) {
   using V = Lanes<T, lanes>;
   const T* const* const rows = reinterpret_cast<const T* const*>(rowPointers);
   T* const result = static_cast<T*>(out);
-  forRuns<lanes>(number, [&](std::size_t i) { store(result + i, medianOf27<V>(rows, i)); },
-                 [&](std::size_t i) { result[i] = medianOf27<T>(rows, i); });
+  forRuns<lanes>(
+      number, [&](std::size_t i) { store(result + i, medianOf27<V>(rows, i)); },
+      [&](std::size_t i) { result[i] = medianOf27<T>(rows, i); });
 }
 
 }  // namespace
 
-#define VX_BY_TYPE(f)                                                                                                \
-  { &f<signed char>, &f<VXuint8>, &f<VXint16>, &f<VXuint16>, &f<VXint32>, &f<VXuint32>, &f<float>, &f<double>, &f<double>, \
-    &f<VXint64> }
-#define VX_BY_TYPE_FROM(f, F)                                                                                        \
-  { &f<signed char, F>, &f<VXuint8, F>, &f<VXint16, F>, &f<VXuint16, F>, &f<VXint32, F>, &f<VXuint32, F>, &f<float, F>, \
-    &f<double, F>, &f<double, F>, &f<VXint64, F> }
+#define VX_BY_TYPE(f)                                                                                          \
+  {                                                                                                            \
+    &f<signed char>, &f<VXuint8>, &f<VXint16>, &f<VXuint16>, &f<VXint32>, &f<VXuint32>, &f<float>, &f<double>, \
+        &f<double>, &f<VXint64>                                                                                \
+  }
+#define VX_BY_TYPE_FROM(f, F)                                                                             \
+  {                                                                                                       \
+    &f<signed char, F>, &f<VXuint8, F>, &f<VXint16, F>, &f<VXuint16, F>, &f<VXint32, F>, &f<VXuint32, F>, \
+        &f<float, F>, &f<double, F>, &f<double, F>, &f<VXint64, F>                                        \
+  }
 
 extern const ModuleKernels VX_MODULE_KERNELS = {
     VX_BY_TYPE_FROM(storeRow, double),
     VX_BY_TYPE_FROM(storeRow, float),
-    {&combineRows<signed char, float>, &combineRows<VXuint8, float>, &combineRows<VXint16, float>, &combineRows<VXuint16, float>,
-     nullptr, nullptr, &combineRows<float, float>, nullptr, nullptr, nullptr},
+    {&combineRows<signed char, float>, &combineRows<VXuint8, float>, &combineRows<VXint16, float>,
+     &combineRows<VXuint16, float>, nullptr, nullptr, &combineRows<float, float>, nullptr, nullptr, nullptr},
     &combineRows<double, double>,
-    {&moveSums<signed char>, &moveSums<VXuint8>, &moveSums<VXint16>, &moveSums<VXuint16>, nullptr, nullptr, nullptr, nullptr,
-     nullptr, nullptr},
+    {&moveSums<signed char>, &moveSums<VXuint8>, &moveSums<VXint16>, &moveSums<VXuint16>, nullptr, nullptr, nullptr,
+     nullptr, nullptr, nullptr},
     &moveSumsOfSums,
     &sumAlong,
     VX_BY_TYPE(storeMean),

@@ -7,8 +7,9 @@ namespace vx::modules {
 
 namespace {
 
-constexpr const char* outputTypeItems[] = {"automatic",      "int8",  "unsigned int8", "int16",       "unsigned int16", "int32",
-                                           "unsigned int32", "float", "double",        "long double", "int64"};
+constexpr const char* outputTypeItems[] = {"automatic",      "int8",        "unsigned int8",  "int16",
+                                           "unsigned int16", "int32",       "unsigned int32", "float",
+                                           "double",         "long double", "int64"};
 
 }  // namespace
 
@@ -108,6 +109,12 @@ Vector chooseMarginPageExt(const Vector& imgExt, const Vector& margin, VXint64 m
     ext[d] = (imgExt[d] + numPages - 1) / numPages;
   }
   return ext;
+}
+
+void setExtents(PagedImg& image, const Vector& imgExt, const Vector& pageExt) {
+  image.setImgExt(Vector(1));
+  image.setPageExt(pageExt);
+  image.setImgExt(imgExt);
 }
 
 void appendVoxelMapping(PagedImg& image, const Tmat4<double>& mapping) {

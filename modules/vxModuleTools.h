@@ -71,9 +71,9 @@ struct Registration {
 };
 
 /// What the source of a module ends with.
-#define VX_MODULE_SOURCE(X)     \
-  VX_CLASS_SOURCE(X, "BaseOp")  \
-  namespace {                   \
+#define VX_MODULE_SOURCE(X)              \
+  VX_CLASS_SOURCE(X, "BaseOp")           \
+  namespace {                            \
   const Registration<X> registration##X; \
   }
 
@@ -134,6 +134,9 @@ SubImgBox grow(const SubImgBox& box, const Vector& margin);
 /// small enough for the processor's cache, and such that pages don't reach far past the image.
 /// \param margin neighbours on each side. \param maxVoxels bound of the page's voxels, at least 1024.
 Vector chooseMarginPageExt(const Vector& imgExt, const Vector& margin, VXint64 maxVoxels);
+
+/// Sets both extents of an image. One after the other they might ask for too many pages meanwhile.
+void setExtents(PagedImg& image, const Vector& imgExt, const Vector& pageExt);
 
 /// Puts a mapping of voxel coordinates in front of the world matrix: voxels of the output to those of the input.
 void appendVoxelMapping(PagedImg& image, const Tmat4<double>& mapping);

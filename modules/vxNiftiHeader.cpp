@@ -13,8 +13,8 @@ namespace {
 
 // Where the two versions of the header keep a value, and how.
 struct Offsets {
-  std::size_t magic, dataType, bitsPerVoxel, dim, pixdim, voxelOffset, slope, intercept, calMax, calMin, qformCode, sformCode, quaternion,
-      qoffset, srow, units;
+  std::size_t magic, dataType, bitsPerVoxel, dim, pixdim, voxelOffset, slope, intercept, calMax, calMin, qformCode,
+      sformCode, quaternion, qoffset, srow, units;
 };
 constexpr Offsets offsets1 = {344, 70, 72, 40, 76, 108, 112, 116, 124, 128, 252, 254, 256, 268, 280, 123};
 constexpr Offsets offsets2 = {4, 12, 14, 16, 104, 168, 176, 184, 192, 200, 344, 348, 352, 376, 400, 500};
@@ -46,7 +46,8 @@ class Fields {
   VXint32 code(std::size_t offset) const { return _isSecond ? get<VXint32>(offset) : get<VXint16>(offset); }
   VXint32 units() const { return _isSecond ? get<VXint32>(_offsets.units) : _bytes[_offsets.units]; }
   double voxelOffset() const {
-    return _isSecond ? static_cast<double>(get<VXint64>(_offsets.voxelOffset)) : static_cast<double>(get<float>(_offsets.voxelOffset));
+    return _isSecond ? static_cast<double>(get<VXint64>(_offsets.voxelOffset))
+                     : static_cast<double>(get<float>(_offsets.voxelOffset));
   }
 
  private:
@@ -62,10 +63,10 @@ struct NiftiType {
   VXint64 numComponents;  // that stand side by side
 };
 constexpr NiftiType niftiTypes[] = {
-    {DT_UINT8, VXuint8Type, 1},    {DT_INT8, VXint8Type, 1},        {DT_INT16, VXint16Type, 1},
-    {DT_UINT16, VXuint16Type, 1},  {DT_INT32, VXint32Type, 1},      {DT_UINT32, VXuint32Type, 1},
-    {DT_INT64, VXint64Type, 1},    {DT_FLOAT32, VXfloatType, 1},    {DT_FLOAT64, VXdoubleType, 1},
-    {DT_RGB24, VXuint8Type, 3},    {DT_RGBA32, VXuint8Type, 4},     {DT_COMPLEX64, VXfloatType, 2},
+    {DT_UINT8, VXuint8Type, 1},      {DT_INT8, VXint8Type, 1},     {DT_INT16, VXint16Type, 1},
+    {DT_UINT16, VXuint16Type, 1},    {DT_INT32, VXint32Type, 1},   {DT_UINT32, VXuint32Type, 1},
+    {DT_INT64, VXint64Type, 1},      {DT_FLOAT32, VXfloatType, 1}, {DT_FLOAT64, VXdoubleType, 1},
+    {DT_RGB24, VXuint8Type, 3},      {DT_RGBA32, VXuint8Type, 4},  {DT_COMPLEX64, VXfloatType, 2},
     {DT_COMPLEX128, VXdoubleType, 2}};
 
 std::string readDims(const Fields& in, const NiftiType& type, VoxelLayout& layout) {
@@ -85,14 +86,17 @@ std::string readDims(const Fields& in, const NiftiType& type, VoxelLayout& layou
   VXuint64 total = 0;
   for (std::size_t i = 1; i <= 6; ++i) {
     VXuint64 next = 0;
-    if (!multiplySizes(strides[i], static_cast<VXuint64>(dim[i]), next) || next >= VXuint64{1} << 62) return "its image is too large.";
+    if (!multiplySizes(strides[i], static_cast<VXuint64>(dim[i]), next) || next >= VXuint64{1} << 62)
+      return "its image is too large.";
     if (i < 6) strides[i + 1] = next;
     total = next;
   }
   if (total == 0) return "its image is too large.";
   const auto stride = [&](std::size_t i) { return static_cast<VXint64>(strides[i]); };
   layout.extent = Vector(dim[1], dim[2], dim[3], type.numComponents > 1 ? type.numComponents : dim[5], dim[4], dim[6]);
-  layout.stride = Vector(stride(1), stride(2), stride(3), type.numComponents > 1 ? static_cast<VXint64>(componentSize) : stride(5), stride(4), stride(6));
+  layout.stride =
+      Vector(stride(1), stride(2), stride(3), type.numComponents > 1 ? static_cast<VXint64>(componentSize) : stride(5),
+             stride(4), stride(6));
   return {};
 }
 
@@ -153,10 +157,11 @@ Tmat4<double> readQform(const Fields& in) {
   }
   const std::array<double, 3> sizes = readSizes(in);
   const double zSize = in.real(in.offsets().pixdim, 0) < 0 ? -sizes[2] : sizes[2];
-  return Tmat4<double>((a * a + b * b - c * c - d * d) * sizes[0], 2 * (b * c - a * d) * sizes[1], 2 * (b * d + a * c) * zSize, in.real(in.offsets().qoffset, 0),
-                       2 * (b * c + a * d) * sizes[0], (a * a + c * c - b * b - d * d) * sizes[1], 2 * (c * d - a * b) * zSize, in.real(in.offsets().qoffset, 1),
-                       2 * (b * d - a * c) * sizes[0], 2 * (c * d + a * b) * sizes[1], (a * a + d * d - c * c - b * b) * zSize, in.real(in.offsets().qoffset, 2),
-                       0.0, 0.0, 0.0, 1.0);
+  return Tmat4<double>((a * a + b * b - c * c - d * d) * sizes[0], 2 * (b * c - a * d) * sizes[1],
+                       2 * (b * d + a * c) * zSize, in.real(in.offsets().qoffset, 0), 2 * (b * c + a * d) * sizes[0],
+                       (a * a + c * c - b * b - d * d) * sizes[1], 2 * (c * d - a * b) * zSize,
+                       in.real(in.offsets().qoffset, 1), 2 * (b * d - a * c) * sizes[0], 2 * (c * d + a * b) * sizes[1],
+                       (a * a + d * d - c * c - b * b) * zSize, in.real(in.offsets().qoffset, 2), 0.0, 0.0, 0.0, 1.0);
 }
 
 // The first of the two transforms that is declared and can be used, else only the edge lengths.
@@ -194,13 +199,15 @@ std::string readNiftiHeader(const unsigned char* bytes, std::size_t number, Nift
   const Fields in(bytes, isSecond, size != 348 && size != 540);
   const char version = isSecond ? '2' : '1';
   const char* const magic = in.magic();
-  if (magic[0] != 'n' || (magic[1] != '+' && magic[1] != 'i') || magic[2] != version || magic[3] != '\0') return "not a NIfTI file.";
+  if (magic[0] != 'n' || (magic[1] != '+' && magic[1] != 'i') || magic[2] != version || magic[3] != '\0')
+    return "not a NIfTI file.";
 
   header = NiftiHeader();
   header.areVoxelsApart = magic[1] == 'i';
   header.layout.isSwapped = size != 348 && size != 540;
   const VXint32 number16 = in.get<VXint16>(in.offsets().dataType);
-  const auto* const type = std::find_if(std::begin(niftiTypes), std::end(niftiTypes), [&](const NiftiType& t) { return t.number == number16; });
+  const auto* const type = std::find_if(std::begin(niftiTypes), std::end(niftiTypes),
+                                        [&](const NiftiType& t) { return t.number == number16; });
   if (type == std::end(niftiTypes)) return "its voxel type " + std::to_string(number16) + " isn't supported.";
   header.layout.dataType = type->dataType;
   const auto numBits = static_cast<VXint64>(VXSizeOf(type->dataType)) * 8 * type->numComponents;
@@ -217,7 +224,8 @@ std::string readNiftiHeader(const unsigned char* bytes, std::size_t number, Nift
   const double scale = in.real(in.offsets().slope);
   const double shift = in.real(in.offsets().intercept);
   // A slope of 0 means that there is no scaling; colours have none.
-  if (scale != 0 && std::isfinite(scale) && std::isfinite(shift) && type->number != DT_RGB24 && type->number != DT_RGBA32) {
+  if (scale != 0 && std::isfinite(scale) && std::isfinite(shift) && type->number != DT_RGB24 &&
+      type->number != DT_RGBA32) {
     header.scale = scale;
     header.shift = shift;
   }

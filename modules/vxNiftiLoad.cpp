@@ -1,15 +1,16 @@
 // NiftiLoad: an image from a NIfTI file, of version 1 or 2: .nii, .nii.gz, or .hdr with .img beside it.
 //
-// Output 0: the image. Its dimensions are x y z of the file, t from dimension 4, c from dimension 5 or the components of
-// colours (3 or 4) and complex numbers (2), u from dimension 6. Voxels are in the order of the file, in its voxel type;
-// nothing is ever flipped. The world matrix is the file's sform, or its qform if there is no usable sform, in mm: world
-// x is to the right, y to the front, z upward. Where the file has neither, the matrix holds the voxel size only and
-// counts as invalid.
+// Output 0: the image. Its dimensions are x y z of the file, t from dimension 4, c from dimension 5 or the components
+// of colours (3 or 4) and complex numbers (2), u from dimension 6. Voxels are in the order of the file, in its voxel
+// type; nothing is ever flipped. The world matrix is the file's sform, or its qform if there is no usable sform, in mm:
+// world x is to the right, y to the front, z upward. Where the file has neither, the matrix holds the voxel size only
+// and counts as invalid.
 //
 // Field         Type    Default  Meaning
 // filename      string           path of the .nii, .nii.gz, .hdr or .hdr.gz file; of .img too if its .hdr is beside it
 // reload        notify           looks at the file again
-// applyScaling  bool    1        whether voxels are scaled and shifted as the file says. Where that changes anything, the
+// applyScaling  bool    1        whether voxels are scaled and shifted as the file says. Where that changes anything,
+// the
 //                                voxel type is float, or double for types of 32 bits and more other than float
 // memoryLimit   int     4096     largest size of decompressed voxels, in MB
 //
@@ -42,7 +43,8 @@ std::string withEnding(const std::string& path, const std::string& ending, const
 
 // The path with ".gz" added or taken away.
 std::string otherCompression(const std::string& path) {
-  return path.size() > 3 && path.compare(path.size() - 3, 3, ".gz") == 0 ? path.substr(0, path.size() - 3) : path + ".gz";
+  return path.size() > 3 && path.compare(path.size() - 3, 3, ".gz") == 0 ? path.substr(0, path.size() - 3)
+                                                                         : path + ".gz";
 }
 
 }  // namespace
@@ -99,14 +101,14 @@ std::string NiftiLoad::findVoxels(const std::string& path) {
 
 void NiftiLoad::calcOutImageProps(int /*outIndex*/) {
   const std::string path = fields().getValue("filename");
-  if (const std::string problem = load(path); !problem.empty()) return invalidate("File \"" + path + "\": " + problem, VX_IMAGE_INVALID);
+  if (const std::string problem = load(path); !problem.empty())
+    return invalidate("File \"" + path + "\": " + problem, VX_IMAGE_INVALID);
 
   PagedImg& image = *getOutImg(0);
   const VXDataType type = _header.layout.dataType;
   const bool isNarrow = type <= VXuint16Type || type == VXfloatType;
   image.setDataType(!isScaled() ? type : isNarrow ? VXfloatType : VXdoubleType);
-  image.setPageExt(chooseFilePageExt(_header.layout.extent));
-  image.setImgExt(_header.layout.extent);
+  setExtents(image, _header.layout.extent, chooseFilePageExt(_header.layout.extent));
   image.setToWorldMatrix(&_header.toWorldMatrix);
   image.setToWorldMatrixValid(_header.isToWorldMatrixKnown);
   // Without a range in the file: what voxels can be.
@@ -117,15 +119,18 @@ void NiftiLoad::calcOutImageProps(int /*outIndex*/) {
     high = high * _header.scale + _header.shift;
   }
   const bool hasRange = _header.maximum > _header.minimum;
-  image.setMinVoxelValue(std::max(hasRange ? _header.minimum : std::min(low, high), VXDataTypeMin(image.getDataType())));
-  image.setMaxVoxelValue(std::min(hasRange ? _header.maximum : std::max(low, high), VXDataTypeMax(image.getDataType())));
+  image.setMinVoxelValue(
+      std::max(hasRange ? _header.minimum : std::min(low, high), VXDataTypeMin(image.getDataType())));
+  image.setMaxVoxelValue(
+      std::min(hasRange ? _header.maximum : std::max(low, high), VXDataTypeMax(image.getDataType())));
 }
 
 void NiftiLoad::calcOutSubImage(SubImg* outSubImg, int /*outIndex*/, SubImg* /*inSubImgs*/) {
   const SubImgBox box = getValidBox(outSubImg->getBox());
   if (box.isEmpty()) return;
   if (!isScaled()) return readVoxels(_file, _header.layout, box, *outSubImg);
-  MemoryPtr<void> memory(VXAlloc(static_cast<VXuint64>(box.getNumVoxels()) * VXSizeOf(_header.layout.dataType), VX_RETURN_NULL));
+  MemoryPtr<void> memory(
+      VXAlloc(static_cast<VXuint64>(box.getNumVoxels()) * VXSizeOf(_header.layout.dataType), VX_RETURN_NULL));
   if (!memory) throw static_cast<int>(VX_NO_MEMORY);
   const SubImg block(box, _header.layout.dataType, memory.get());
   readVoxels(_file, _header.layout, box, block);

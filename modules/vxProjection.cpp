@@ -49,7 +49,9 @@ class Projection : public StandardModule {
   VX_CLASS_HEADER(Projection)
 
   void calcOutImageProps(int outIndex) override;
-  SubImgBox calcInSubImageBox(int /*inIndex*/, const SubImgBox& /*box*/, int /*outIndex*/) override { return SubImgBox(); }
+  SubImgBox calcInSubImageBox(int /*inIndex*/, const SubImgBox& /*box*/, int /*outIndex*/) override {
+    return SubImgBox();
+  }
   using StandardModule::calcOutSubImage;
   void calcOutSubImage(SubImg* outSubImg, int outIndex, SubImg* inSubImgs) override;
 
@@ -72,8 +74,7 @@ void Projection::calcOutImageProps(int /*outIndex*/) {
   const auto axis = static_cast<std::size_t>(_axis);
   extent[axis] = 1;
   pageExt[axis] = 1;
-  image.setPageExt(pageExt);
-  image.setImgExt(extent);
+  setExtents(image, extent, pageExt);
   image.setDataType(getOutputType(image.getDataType()));
   if (_axis == 3) image.getCDimInfos().clear();
   if (_axis == 4) image.getTDimInfos().clear();
@@ -103,9 +104,14 @@ void Projection::calcOutSubImage(SubImg* outSubImg, int /*outIndex*/, SubImg* /*
     SubImg slab(slabBox, VXdoubleType, voxels.data());
     requestSlab(slab);
     switch (_mode) {
-      case maximumMode: reduce<maximumMode>(slab, results, box, first == 0); break;
-      case minimumMode: reduce<minimumMode>(slab, results, box, first == 0); break;
-      default: reduce<meanMode>(slab, results, box, first == 0);
+      case maximumMode:
+        reduce<maximumMode>(slab, results, box, first == 0);
+        break;
+      case minimumMode:
+        reduce<minimumMode>(slab, results, box, first == 0);
+        break;
+      default:
+        reduce<meanMode>(slab, results, box, first == 0);
     }
   }
   const SubImg block(box, VXdoubleType, results.data());

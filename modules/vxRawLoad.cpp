@@ -63,10 +63,13 @@ VX_MODULE_SOURCE(RawLoad)
 void RawLoad::calcOutImageProps(int /*outIndex*/) {
   if (!VXIsStandardType(_dataType)) return invalidate("Field dataType: not a standard voxel type.", VX_BAD_DATA_TYPE);
   if (!isValidEnum("byteOrder", _byteOrder, std::size(byteOrderItems))) return;
-  if (!isUsableExtent(_extent, VXSizeOf(_dataType))) return invalidate("Field extent: no image of " + extentText(_extent) + " voxels can be made.");
-  if (_offset < 0 || _offset >= VXint64{1} << 61) return invalidate("Field offset: no file has " + std::to_string(_offset) + " bytes in front of voxels.");
+  if (!isUsableExtent(_extent, VXSizeOf(_dataType)))
+    return invalidate("Field extent: no image of " + extentText(_extent) + " voxels can be made.");
+  if (_offset < 0 || _offset >= VXint64{1} << 61)
+    return invalidate("Field offset: no file has " + std::to_string(_offset) + " bytes in front of voxels.");
   for (std::size_t i = 0; i < 3; ++i) {
-    if (!(_voxelSize[i] > 0 && std::isfinite(static_cast<float>(_voxelSize[i])))) return invalidate("Field voxelSize: each component must be above 0.");
+    if (!(_voxelSize[i] > 0 && std::isfinite(static_cast<float>(_voxelSize[i]))))
+      return invalidate("Field voxelSize: each component must be above 0.");
   }
   const std::string path = fields().getValue("filename");
   std::string problem = _file.open(path);
@@ -85,8 +88,7 @@ void RawLoad::calcOutImageProps(int /*outIndex*/) {
 
   PagedImg& image = *getOutImg(0);
   image.setDataType(_dataType);
-  image.setPageExt(chooseFilePageExt(_extent));
-  image.setImgExt(_extent);
+  setExtents(image, _extent, chooseFilePageExt(_extent));
   image.setToWorldMatrixIdentity();
   image.setVoxelSize(_voxelSize);
   image.setMinVoxelValue(VXDataTypeMin(_dataType));

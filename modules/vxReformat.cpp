@@ -3,12 +3,13 @@
 // Input 0: the image, of any voxel type. Output 0: the same voxels in another order.
 //
 // Field  Type    Default  Meaning
-// axes   string  xyzctu   for each dimension of the output, in the order x y z c t u, the letter of the dimension of the
+// axes   string  xyzctu   for each dimension of the output, in the order x y z c t u, the letter of the dimension of
+// the
 //                         input that it shows. Each letter stands once. Letters at the end that stay where they are
 //                         may be left out: yx exchanges x and y
 //
-// Columns of the world matrix go with their axes, so that each voxel stays where it is in the world. A spatial dimension
-// of the output that shows c, t or u takes the column of a spatial dimension that is gone.
+// Columns of the world matrix go with their axes, so that each voxel stays where it is in the world. A spatial
+// dimension of the output that shows c, t or u takes the column of a spatial dimension that is gone.
 
 #include "vxModuleTools.h"
 
@@ -54,12 +55,17 @@ void gather(const unsigned char* in, VXint64 stride, unsigned char* out, VXint64
 
 void gatherAny(const unsigned char* in, VXint64 stride, unsigned char* out, VXint64 number, std::size_t size) {
   switch (size) {
-    case 1: return gather<VXuint8>(in, stride, out, number);
-    case 2: return gather<VXuint16>(in, stride, out, number);
-    case 4: return gather<VXuint32>(in, stride, out, number);
-    case 8: return gather<VXuint64>(in, stride, out, number);
+    case 1:
+      return gather<VXuint8>(in, stride, out, number);
+    case 2:
+      return gather<VXuint16>(in, stride, out, number);
+    case 4:
+      return gather<VXuint32>(in, stride, out, number);
+    case 8:
+      return gather<VXuint64>(in, stride, out, number);
     default:
-      for (VXint64 i = 0; i < number; ++i, in += stride * static_cast<VXint64>(size), out += size) std::memcpy(out, in, size);
+      for (VXint64 i = 0; i < number; ++i, in += stride * static_cast<VXint64>(size), out += size)
+        std::memcpy(out, in, size);
   }
 }
 
@@ -94,8 +100,7 @@ void Reformat::calcOutImageProps(int /*outIndex*/) {
 
   PagedImg& image = *getOutImg(0);
   const PagedImg& in = *getInImg(0, true);
-  image.setPageExt(permute(in.getPageExt(), _axes));
-  image.setImgExt(permute(in.getImgExt(), _axes));
+  setExtents(image, permute(in.getImgExt(), _axes), permute(in.getPageExt(), _axes));
   std::array<bool, 3> isFree{true, true, true};
   for (std::size_t d = 0; d < 3; ++d) {
     if (_axes[d] < 3) isFree[_axes[d]] = false;
@@ -127,7 +132,8 @@ void Reformat::calcOutSubImage(SubImg* outSubImg, int /*outIndex*/, SubImg* inSu
   const std::size_t size = outSubImg->getDataTypeSize();
   const VXint64 stride = inSubImgs[0].getStride()[_axes[0]];
   forEachRow(box, [&](const Vector& position) {
-    gatherAny(bytesAt(inSubImgs[0], permute(position, _inverse)), stride, bytesAt(*outSubImg, position), box.getExt().x, size);
+    gatherAny(bytesAt(inSubImgs[0], permute(position, _inverse)), stride, bytesAt(*outSubImg, position), box.getExt().x,
+              size);
   });
 }
 

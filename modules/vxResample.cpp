@@ -1,8 +1,8 @@
 // Resample: shows an image with voxels of another size.
 //
-// Input 0: the image. Output 0: the same region of the world with voxels of the new size, in the input's voxel type; c, t
-// and u pass through. The outer borders of both images coincide as far as whole voxels permit, and the world matrix says
-// exactly where the new voxels are.
+// Input 0: the image. Output 0: the same region of the world with voxels of the new size, in the input's voxel type; c,
+// t and u pass through. The outer borders of both images coincide as far as whole voxels permit, and the world matrix
+// says exactly where the new voxels are.
 //
 // Field          Type  Default    Meaning
 // voxelSize      vec3  1 1 1      new edge lengths in world units; 0 keeps that of the input
@@ -82,7 +82,8 @@ void Resample::calcOutImageProps(int /*outIndex*/) {
   const Tvec3<double> inSize = image.getVoxelSize();
   Tmat4<double> mapping = Tmat4<double>::getIdentity();
   for (std::size_t d = 0; d < 3; ++d) {
-    if (!(_voxelSize[d] >= 0) || !std::isfinite(_voxelSize[d])) return invalidate("Field voxelSize: no component may be below 0.");
+    if (!(_voxelSize[d] >= 0) || !std::isfinite(_voxelSize[d]))
+      return invalidate("Field voxelSize: no component may be below 0.");
     _ratio[d] = 1;
     const double size = std::fabs(inSize[d]);
     if (_voxelSize[d] == 0 || size == 0 || _voxelSize[d] == size) continue;
@@ -100,8 +101,7 @@ void Resample::calcOutImageProps(int /*outIndex*/) {
   for (std::size_t d = 3; d-- > 0;) {
     for (double share = _ratio[d]; share > 2 && pageExt[d] > 8; share /= 2) pageExt[d] = (pageExt[d] + 1) / 2;
   }
-  image.setPageExt(pageExt);
-  image.setImgExt(extent);
+  setExtents(image, extent, pageExt);
   appendVoxelMapping(image, mapping);
 }
 
@@ -142,15 +142,19 @@ void Resample::interpolate(const SubImg& out, const SubImg& in) const {
     const auto rowAt = [&](VXint64 rowY, VXint64 rowZ) {
       return voxelAt<double>(in, Vector(firstX, rowY, rowZ, position.c, position.t, position.u));
     };
-    const double* const rows[] = {rowAt(y.first, z.first), rowAt(y.second, z.first), rowAt(y.first, z.second), rowAt(y.second, z.second)};
+    const double* const rows[] = {rowAt(y.first, z.first), rowAt(y.second, z.first), rowAt(y.first, z.second),
+                                  rowAt(y.second, z.second)};
     // A neighbour without a share doesn't count, even if it is infinite or NaN.
-    const auto mix = [](double first, double second, double share) { return share == 0 ? first : first + (second - first) * share; };
+    const auto mix = [](double first, double second, double share) {
+      return share == 0 ? first : first + (second - first) * share;
+    };
     for (std::size_t i = 0; i < line.size(); ++i) {
       line[i] = mix(mix(rows[0][i], rows[1][i], y.share), mix(rows[2][i], rows[3][i], y.share), z.share);
     }
     for (std::size_t i = 0; i < number; ++i) {
       const Sample& x = columns[i];
-      values[i] = mix(line[static_cast<std::size_t>(x.first - firstX)], line[static_cast<std::size_t>(x.second - firstX)], x.share);
+      values[i] = mix(line[static_cast<std::size_t>(x.first - firstX)],
+                      line[static_cast<std::size_t>(x.second - firstX)], x.share);
     }
   });
 }
@@ -159,9 +163,11 @@ void Resample::pick(const SubImg& out, const SubImg& in) const {
   const SubImgBox box = getValidBox(out.getBox());
   const std::size_t size = out.getDataTypeSize();
   std::vector<std::size_t> offsets;
-  for (VXint64 x = box.v1.x; x <= box.v2.x; ++x) offsets.push_back(static_cast<std::size_t>(getSample(0, x).first - in.getPosition().x) * size);
+  for (VXint64 x = box.v1.x; x <= box.v2.x; ++x)
+    offsets.push_back(static_cast<std::size_t>(getSample(0, x).first - in.getPosition().x) * size);
   forEachRow(box, [&](const Vector& position) {
-    const Vector source(in.getPosition().x, getSample(1, position.y).first, getSample(2, position.z).first, position.c, position.t, position.u);
+    const Vector source(in.getPosition().x, getSample(1, position.y).first, getSample(2, position.z).first, position.c,
+                        position.t, position.u);
     const unsigned char* const row = bytesAt(in, source);
     unsigned char* target = bytesAt(out, position);
     for (const std::size_t offset : offsets) {

@@ -40,9 +40,13 @@ class ScaleShift : public StandardModule {
     image.setMaxVoxelValue(std::clamp(std::max(first, second), lowest, highest));
   }
 
-  SubImgBox calcInSubImageBox(int /*inIndex*/, const SubImgBox& box, int /*outIndex*/) override { return getValidBox(box); }
+  SubImgBox calcInSubImageBox(int /*inIndex*/, const SubImgBox& box, int /*outIndex*/) override {
+    return getValidBox(box);
+  }
 
-  void calcInSubImageProps(int /*inIndex*/, InSubImageProps& props, int /*outIndex*/) override { props.dataType = VXdoubleType; }
+  void calcInSubImageProps(int /*inIndex*/, InSubImageProps& props, int /*outIndex*/) override {
+    props.dataType = VXdoubleType;
+  }
 
   using StandardModule::calcOutSubImage;
   void calcOutSubImage(SubImg* outSubImg, int /*outIndex*/, SubImg* inSubImgs) override {

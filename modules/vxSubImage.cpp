@@ -49,10 +49,10 @@ void SubImage::calcOutImageProps(int /*outIndex*/) {
     if (box.v1[d] < -farthest || box.v2[d] > farthest) return invalidate("Field box: a corner is too far away.");
   }
   const Vector extent = box.getExt();
-  if (!isUsableExtent(extent, VXSizeOf(image.getDataType()))) return invalidate("Field box: no image of " + extentText(extent) + " voxels can be made.");
+  if (!isUsableExtent(extent, VXSizeOf(image.getDataType())))
+    return invalidate("Field box: no image of " + extentText(extent) + " voxels can be made.");
   _origin = box.v1;
-  image.setPageExt(compMin(image.getPageExt(), extent));
-  image.setImgExt(extent);
+  setExtents(image, extent, compMin(image.getPageExt(), extent));
   Tmat4<double> shift = Tmat4<double>::getIdentity();
   for (std::size_t i = 0; i < 3; ++i) shift[i][3] = static_cast<double>(box.v1[i]);
   appendVoxelMapping(image, shift);

@@ -27,7 +27,8 @@ class Switch : public StandardModule {
   void calcOutImageProps(int /*outIndex*/) override {
     setBypass(0, -1);
     unsetOutImgInplace(0);
-    if (_selected < 0 || _selected >= numImages) return invalidate("Field selected: there is no input " + std::to_string(_selected) + '.');
+    if (_selected < 0 || _selected >= numImages)
+      return invalidate("Field selected: there is no input " + std::to_string(_selected) + '.');
     getOutImg(0)->setImgProps(*getInImg(_selected, true));
     setBypass(0, _selected);
     setOutImgInplace(0, _selected);

@@ -16,8 +16,8 @@
 // Patterns: `constant` is minValue. `index` counts voxels in memory order from minValue and begins anew after maxValue.
 // `ramp` rises from the first voxel (minValue) to the last one (maxValue) of the image. `checkerboard` has minValue in
 // the cell at the origin and changes from cell to cell, in all dimensions. `ball` is maxValue within a radius of two
-// fifths of the smallest extent above 1 of x, y and z around the centre. `rings` is a cosine of the squared distance from
-// the centre, so that frequency rises outward. `noise` is equally distributed.
+// fifths of the smallest extent above 1 of x, y and z around the centre. `rings` is a cosine of the squared distance
+// from the centre, so that frequency rises outward. `noise` is equally distributed.
 //
 // Values are calculated in double precision, rounded and limited to the range of the type.
 
@@ -30,7 +30,15 @@ namespace vx::modules {
 
 namespace {
 
-enum Pattern : int { constantPattern, indexPattern, rampPattern, checkerboardPattern, ballPattern, ringsPattern, noisePattern };
+enum Pattern : int {
+  constantPattern,
+  indexPattern,
+  rampPattern,
+  checkerboardPattern,
+  ballPattern,
+  ringsPattern,
+  noisePattern
+};
 constexpr const char* patternItems[] = {"constant", "index", "ramp", "checkerboard", "ball", "rings", "noise"};
 
 // A number from 0 to below 1 for each seed and voxel.
@@ -83,20 +91,23 @@ VX_MODULE_SOURCE(TestPattern)
 
 void TestPattern::calcOutImageProps(int /*outIndex*/) {
   if (!isValidEnum("pattern", _pattern, std::size(patternItems))) return;
-  if (!isUsableExtent(_extent)) return invalidate("Field extent: no image of " + extentText(_extent) + " voxels can be made.");
-  if (!isUsableExtent(compMin(_pageExtent, _extent))) return invalidate("Field pageExtent: each component must be at least 1.");
+  if (!isUsableExtent(_extent))
+    return invalidate("Field extent: no image of " + extentText(_extent) + " voxels can be made.");
+  if (!isUsableExtent(compMin(_pageExtent, _extent)))
+    return invalidate("Field pageExtent: each component must be at least 1.");
   if (!VXIsStandardType(_dataType)) return invalidate("Field dataType: not a standard voxel type.", VX_BAD_DATA_TYPE);
   if (!std::isfinite(_minValue) || !std::isfinite(_maxValue) || _minValue > _maxValue) {
-    return invalidate("Fields minValue and maxValue: " + numberText(_minValue) + " to " + numberText(_maxValue) + " is no range.");
+    return invalidate("Fields minValue and maxValue: " + numberText(_minValue) + " to " + numberText(_maxValue) +
+                      " is no range.");
   }
   if (_cellSize < 1) return invalidate("Field cellSize: must be at least 1.");
   for (std::size_t i = 0; i < 3; ++i) {
-    if (!(_voxelSize[i] > 0 && std::isfinite(static_cast<float>(_voxelSize[i])))) return invalidate("Field voxelSize: each component must be above 0.");
+    if (!(_voxelSize[i] > 0 && std::isfinite(static_cast<float>(_voxelSize[i]))))
+      return invalidate("Field voxelSize: each component must be above 0.");
   }
   PagedImg& image = *getOutImg(0);
   image.setDataType(_dataType);
-  image.setPageExt(compMin(_pageExtent, _extent));
-  image.setImgExt(_extent);
+  setExtents(image, _extent, compMin(_pageExtent, _extent));
   image.setToWorldMatrixIdentity();
   image.setVoxelSize(_voxelSize);
   image.setMinVoxelValue(std::max(_minValue, VXDataTypeMin(_dataType)));
@@ -113,7 +124,9 @@ void TestPattern::calcRow(const Vector& position, double* values, std::size_t nu
   const Vector last = _extent - Vector(1);
   const VXint64 firstIndex = dot(position, _extent.getStrides());
   const Vector shape(_extent.x, _extent.y, _extent.z, 1, 1, 1);
-  const auto offset = [&](std::size_t d, VXint64 p) { return static_cast<double>(p) - 0.5 * static_cast<double>(last[d]); };
+  const auto offset = [&](std::size_t d, VXint64 p) {
+    return static_cast<double>(p) - 0.5 * static_cast<double>(last[d]);
+  };
   switch (_pattern) {
     case indexPattern: {
       const double period = std::floor(range) + 1;

@@ -37,17 +37,23 @@ class Threshold : public StandardModule {
     if (std::isnan(_lower) || std::isnan(_upper)) return invalidate("Fields lower and upper: must be numbers.");
     PagedImg& image = *getOutImg(0);
     image.setDataType(getOutputType(_keepInside ? image.getDataType() : VXuint8Type));
-    const double low = _keepInside ? std::min(std::max(_lower, image.getMinVoxelValue()), image.getMaxVoxelValue()) : _insideValue;
-    const double high = _keepInside ? std::max(std::min(_upper, image.getMaxVoxelValue()), image.getMinVoxelValue()) : _insideValue;
+    const double low =
+        _keepInside ? std::min(std::max(_lower, image.getMinVoxelValue()), image.getMaxVoxelValue()) : _insideValue;
+    const double high =
+        _keepInside ? std::max(std::min(_upper, image.getMaxVoxelValue()), image.getMinVoxelValue()) : _insideValue;
     const double lowest = VXDataTypeMin(image.getDataType());
     const double highest = VXDataTypeMax(image.getDataType());
     image.setMinVoxelValue(std::clamp(std::min(low, _outsideValue), lowest, highest));
     image.setMaxVoxelValue(std::clamp(std::max(high, _outsideValue), lowest, highest));
   }
 
-  SubImgBox calcInSubImageBox(int /*inIndex*/, const SubImgBox& box, int /*outIndex*/) override { return getValidBox(box); }
+  SubImgBox calcInSubImageBox(int /*inIndex*/, const SubImgBox& box, int /*outIndex*/) override {
+    return getValidBox(box);
+  }
 
-  void calcInSubImageProps(int /*inIndex*/, InSubImageProps& props, int /*outIndex*/) override { props.dataType = VXdoubleType; }
+  void calcInSubImageProps(int /*inIndex*/, InSubImageProps& props, int /*outIndex*/) override {
+    props.dataType = VXdoubleType;
+  }
 
   using StandardModule::calcOutSubImage;
   void calcOutSubImage(SubImg* outSubImg, int /*outIndex*/, SubImg* inSubImgs) override {

@@ -30,11 +30,15 @@ class Decompressor {
   std::size_t read(unsigned char* to, std::size_t number) {
     if (!_file) return 0;
     const std::size_t result = znzread(to, 1, number, _file);
-    return result <= number ? result : 0;  // a damaged file is reported as a huge number
+    if (result <= number) return result;
+    _isDamaged = true;  // which is told by a huge number
+    return 0;
   }
+  bool isDamaged() const { return _isDamaged; }
 
  private:
   znzFile _file;
+  bool _isDamaged = false;
 };
 
 }  // namespace
@@ -57,7 +61,8 @@ std::string VoxelFile::open(const std::string& path) {
     close();
     return "not a regular file.";
   }
-  const Identity identity{status.st_dev, status.st_ino, static_cast<VXuint64>(status.st_size), status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+  const Identity identity{status.st_dev, status.st_ino, static_cast<VXuint64>(status.st_size), status.st_mtim.tv_sec,
+                          status.st_mtim.tv_nsec};
   if (isOpen() && path == _path && identity == _identity) {
     ::close(descriptor);
     return {};
@@ -83,7 +88,8 @@ void VoxelFile::close() {
 std::size_t VoxelFile::readAt(VXuint64 offset, void* to, std::size_t number) const {
   std::size_t done = 0;
   while (done < number) {
-    const ssize_t part = ::pread(_descriptor, static_cast<char*>(to) + done, number - done, static_cast<off_t>(offset + done));
+    const ssize_t part =
+        ::pread(_descriptor, static_cast<char*>(to) + done, number - done, static_cast<off_t>(offset + done));
     if (part < 0 && errno == EINTR) continue;
     if (part <= 0) break;
     done += static_cast<std::size_t>(part);
@@ -103,7 +109,8 @@ std::string VoxelFile::provide(VXuint64 number, VXuint64 limit) {
   if (!_isCompressed) return number <= getSize() ? std::string() : tooShort(getSize());
   if (_numContents >= number) return {};
   // Deflate doesn't shrink by more than 1032.
-  if (number / 1100 > getSize()) return "the voxels need " + std::to_string(number) + " bytes, and the file can't hold as many.";
+  if (number / 1100 > getSize())
+    return "the voxels need " + std::to_string(number) + " bytes, and the file can't hold as many.";
   if (number > limit) return "the voxels need " + std::to_string(number) + " bytes of memory, more than memoryLimit.";
   _numContents = 0;
   _contents.reset(static_cast<unsigned char*>(VXAlloc(number, VX_RETURN_NULL)));
@@ -112,13 +119,17 @@ std::string VoxelFile::provide(VXuint64 number, VXuint64 limit) {
   constexpr VXuint64 portion = 1 << 20;
   VXuint64 done = 0;
   while (done < number) {
-    const std::size_t part = in.read(_contents.get() + done, static_cast<std::size_t>(std::min(number - done, portion)));
+    const std::size_t part =
+        in.read(_contents.get() + done, static_cast<std::size_t>(std::min(number - done, portion)));
     if (part == 0) break;
     done += part;
   }
-  if (done < number) {
+  // The checksum stands at the end; what follows the voxels is read on to it, unless that is long.
+  unsigned char rest[4096];
+  for (int i = 0; i < 256 && done == number && in.read(rest, sizeof rest) > 0; ++i) continue;
+  if (done < number || in.isDamaged()) {
     _contents.reset();
-    return tooShort(done);
+    return in.isDamaged() ? std::string("its compressed data is damaged.") : tooShort(done);
   }
   _numContents = number;
   return {};
@@ -147,7 +158,8 @@ VXuint64 VoxelLayout::getEnd() const {
   for (std::size_t d = 0; d < Vector::size(); ++d) {
     VXuint64 length = 0;
     if (extent[d] < 1 || stride[d] < 0) return 0;
-    if (!multiplySizes(static_cast<VXuint64>(extent[d] - 1), static_cast<VXuint64>(stride[d]), length) || !add(length)) return 0;
+    if (!multiplySizes(static_cast<VXuint64>(extent[d] - 1), static_cast<VXuint64>(stride[d]), length) || !add(length))
+      return 0;
   }
   return add(VXSizeOf(dataType)) && end < VXuint64{1} << 62 ? end : 0;
 }

@@ -37,8 +37,8 @@ Image makeImage(const Vector& extent, VXDataType type, const std::function<doubl
 Image randomImage(const Vector& extent, VXDataType type, unsigned seed) {
   std::mt19937_64 random(seed);
   const bool isWide = type == VXint64Type || VXIsFloatType(type);
-  const double low = type == VXint64Type ? -0x1p51 : isWide ? -1000.0 : VXDataTypeMin(type);
-  const double high = type == VXint64Type ? 0x1p51 : isWide ? 1000.0 : VXDataTypeMax(type);
+  const double low = type == VXint64Type ? -0x1p46 : isWide ? -1000.0 : VXDataTypeMin(type);
+  const double high = type == VXint64Type ? 0x1p46 : isWide ? 1000.0 : VXDataTypeMax(type);
   std::uniform_real_distribution<double> distribution(low, high);
   return makeImage(extent, type, [&](const Vector&) {
     const auto choice = random() % 16;
@@ -73,8 +73,8 @@ void ImageSource::calcOutImageProps(int /*outIndex*/) {
   PagedImg& out = *getOutImg(0);
   if (isBroken) return out.setOutOfDate();
   out.setDataType(_image.dataType);
-  out.setPageExt(_pageExt);
   out.setImgExt(_image.extent);
+  out.setPageExt(_pageExt);
   out.setToWorldMatrix(&toWorldMatrix);
   out.setMinVoxelValue(minimum);
   out.setMaxVoxelValue(maximum);
@@ -84,7 +84,8 @@ void ImageSource::calcOutSubImage(SubImg* outSubImg, int /*outIndex*/, SubImg* /
   if (failsOnPages) throw static_cast<int>(VX_BAD_FIELD);
   const SubImg whole(SubImgBox(Vector(0), _image.extent - Vector(1)), VXdoubleType, _image.values.data());
   // What lies past the image must not be seen by anybody.
-  std::memset(outSubImg->getData(), 0x55, static_cast<std::size_t>(outSubImg->getBox().getNumVoxels()) * outSubImg->getDataTypeSize());
+  std::memset(outSubImg->getData(), 0x55,
+              static_cast<std::size_t>(outSubImg->getBox().getNumVoxels()) * outSubImg->getDataTypeSize());
   outSubImg->copySubImage(whole);
 }
 

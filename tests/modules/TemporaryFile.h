@@ -50,15 +50,24 @@ void append(Bytes& bytes, T value, bool isBig = false) {
 /// Appends a voxel.
 inline void appendVoxel(Bytes& bytes, double value, int type, bool isBig = false) {
   switch (type) {
-    case 0: return append(bytes, static_cast<signed char>(value), isBig);
-    case 1: return append(bytes, static_cast<unsigned char>(value), isBig);
-    case 2: return append(bytes, static_cast<short>(value), isBig);
-    case 3: return append(bytes, static_cast<unsigned short>(value), isBig);
-    case 4: return append(bytes, static_cast<int>(value), isBig);
-    case 5: return append(bytes, static_cast<unsigned>(value), isBig);
-    case 6: return append(bytes, static_cast<float>(value), isBig);
-    case 9: return append(bytes, static_cast<long long>(value), isBig);
-    default: return append(bytes, value, isBig);
+    case 0:
+      return append(bytes, static_cast<signed char>(value), isBig);
+    case 1:
+      return append(bytes, static_cast<unsigned char>(value), isBig);
+    case 2:
+      return append(bytes, static_cast<short>(value), isBig);
+    case 3:
+      return append(bytes, static_cast<unsigned short>(value), isBig);
+    case 4:
+      return append(bytes, static_cast<int>(value), isBig);
+    case 5:
+      return append(bytes, static_cast<unsigned>(value), isBig);
+    case 6:
+      return append(bytes, static_cast<float>(value), isBig);
+    case 9:
+      return append(bytes, static_cast<long long>(value), isBig);
+    default:
+      return append(bytes, value, isBig);
   }
 }
 

@@ -25,7 +25,8 @@ class ImageStatisticsTest : public ModuleFixture {
     return result;
   }
   static void expectEmpty(BaseOp& op) {
-    for (const char* field : {"count", "minimum", "maximum", "mean", "deviation", "histogram"}) EXPECT_EQ(get(op, field), "") << field;
+    for (const char* field : {"count", "minimum", "maximum", "mean", "deviation", "histogram"})
+      EXPECT_EQ(get(op, field), "") << field;
   }
 };
 
@@ -45,7 +46,8 @@ TEST_F(ImageStatisticsTest, ResultsAreThoseOfTheWholeImageForAllTypesPagesAndThr
     for (const double v : image.values) squares += (v - sum / count) * (v - sum / count);
     set(*op, "numBins", "10");
     std::vector<VXint64> expected(10);
-    for (const double v : image.values) ++expected[std::min<std::size_t>(static_cast<std::size_t>((v - low) / (high - low) * 10), 9)];
+    for (const double v : image.values)
+      ++expected[std::min<std::size_t>(static_cast<std::size_t>((v - low) / (high - low) * 10), 9)];
     ImageSource source(image, settings[0].pageExt);
     connect(*op, 0, source);
     for (const Setting& setting : settings) {

@@ -144,7 +144,8 @@ class NiftiLoadTest : public ModuleFixture {
   }
   void expectRefused(const Bytes& bytes, const std::string& problem) {
     for (const bool isCompressed : {false, true}) {
-      const std::string path = folder.write(isCompressed ? "bad.nii.gz" : "bad.nii", isCompressed ? compress(bytes) : bytes);
+      const std::string path =
+          folder.write(isCompressed ? "bad.nii.gz" : "bad.nii", isCompressed ? compress(bytes) : bytes);
       set(*op, "filename", path);
       set(*op, "reload", "");
       expectInvalid(*op, VX_IMAGE_INVALID, "File \"" + path + "\": " + problem);
@@ -191,7 +192,8 @@ TEST_F(NiftiLoadTest, ReadsVoxelsFromAFileBesideTheHeader) {
   const std::string headerPath = folder.write("pair.hdr", header.bytes());
   const std::string voxelPath = folder.path("pair.img");
   set(*op, "filename", headerPath);
-  expectInvalid(*op, VX_IMAGE_INVALID, "File \"" + headerPath + "\": its voxels in \"" + voxelPath + "\": No such file or directory.");
+  expectInvalid(*op, VX_IMAGE_INVALID,
+                "File \"" + headerPath + "\": its voxels in \"" + voxelPath + "\": No such file or directory.");
   folder.write("pair.img.gz", compress(voxelBytes(image)));
   set(*op, "reload", "");
   expectEqual(tile(*op), image, "compressed voxels");
@@ -207,7 +209,8 @@ TEST_F(NiftiLoadTest, ReadsVoxelsFromAFileBesideTheHeader) {
   expectEqual(tile(*op), image, "offset");
   const std::string odd = folder.write("pair.txt", header.bytes());
   set(*op, "filename", odd);
-  expectInvalid(*op, VX_IMAGE_INVALID, "File \"" + odd + "\": its voxels are in another file, and its name doesn't end in .hdr.");
+  expectInvalid(*op, VX_IMAGE_INVALID,
+                "File \"" + odd + "\": its voxels are in another file, and its name doesn't end in .hdr.");
 }
 
 TEST_F(NiftiLoadTest, ComponentsOfAVoxelAreTheDimensionC) {
@@ -247,7 +250,8 @@ TEST_F(NiftiLoadTest, VoxelsAreScaledAsTheFileSays) {
   expectEqual(tile(*op), image, "as stored");
   EXPECT_EQ(op->getOutImg(0)->getDataType(), VXint16Type);
   set(*op, "applyScaling", "1");
-  for (const auto& [slope, intercept] : {std::pair(0.0F, 5.0F), std::pair(1.0F, 0.0F), std::pair(std::numeric_limits<float>::quiet_NaN(), 0.0F)}) {
+  for (const auto& [slope, intercept] :
+       {std::pair(0.0F, 5.0F), std::pair(1.0F, 0.0F), std::pair(std::numeric_limits<float>::quiet_NaN(), 0.0F)}) {
     header.slope = slope;
     header.intercept = intercept;
     load("scaled.nii", fileOf(header, voxelBytes(image)));
@@ -371,7 +375,10 @@ TEST_F(NiftiLoadTest, BrokenHeadersAreSaidInTheState) {
   header.dim[0] = 5;
   header.dim[5] = 2;
   expectRefused(fileOf(header, voxels), "vectors of colours or complex numbers aren't supported.");
-  const std::pair<float, const char*> offsets[] = {{-352.0F, "-352"}, {100.0F, "100"}, {1e30F, "1.0000000150474662e+30"}, {std::numeric_limits<float>::quiet_NaN(), "nan"}};
+  const std::pair<float, const char*> offsets[] = {{-352.0F, "-352"},
+                                                   {100.0F, "100"},
+                                                   {1e30F, "1.0000000150474662e+30"},
+                                                   {std::numeric_limits<float>::quiet_NaN(), "nan"}};
   for (const auto& [offset, offsetText] : offsets) {
     header = Header();
     header.voxelOffset = offset;
@@ -387,10 +394,13 @@ TEST_F(NiftiLoadTest, FilesThatAreShorterThanTheySayAreRefused) {
   header.dim[0] = 4;
   const std::string path = folder.write("lying.nii", fileOf(header, Bytes(24, 0)));
   set(*op, "filename", path);
-  expectInvalid(*op, VX_IMAGE_INVALID, "File \"" + path + "\": the voxels need 1152780773560811873 bytes and the file has 376.");
+  expectInvalid(*op, VX_IMAGE_INVALID,
+                "File \"" + path + "\": the voxels need 1152780773560811873 bytes and the file has 376.");
   const std::string compressed = folder.write("lying.nii.gz", compress(fileOf(header, Bytes(24, 0))));
   set(*op, "filename", compressed);
-  expectInvalid(*op, VX_IMAGE_INVALID, "File \"" + compressed + "\": the voxels need 1152780773560811873 bytes, and the file can't hold as many.");
+  expectInvalid(
+      *op, VX_IMAGE_INVALID,
+      "File \"" + compressed + "\": the voxels need 1152780773560811873 bytes, and the file can't hold as many.");
   header.dim[0] = 6;
   expectRefused(fileOf(header, Bytes(24, 0)), "its image is too large.");
 }
@@ -411,7 +421,7 @@ TEST_F(NiftiLoadTest, DimensionsOf64BitsDontOverflow) {
   for (const long long offset : {-1LL, std::numeric_limits<long long>::max(), std::numeric_limits<long long>::min()}) {
     Bytes bytes = Header().secondBytes();
     Header::put(bytes, 168, offset, false);
-    const char* const offsetText = offset == -1 ? "-1" : offset > 0 ? "9.223372036854776e+18" : "-9.223372036854776e+18";
+    const char* const offsetText = offset == -1 ? "-1" : offset > 0 ? "9223372036854775808" : "-9223372036854775808";
     expectRefused(bytes, std::string("its voxels begin at ") + offsetText + ".");
   }
 }
@@ -427,10 +437,11 @@ TEST_F(NiftiLoadTest, DamagedCompressionIsSaidInTheState) {
     EXPECT_EQ(BaseOp::updateImageProps(op.get(), 0), VX_IMAGE_INVALID) << size;
   }
   Bytes damaged = good;
-  for (std::size_t i = damaged.size() / 2; i < damaged.size() / 2 + 200; ++i) damaged[i] = static_cast<unsigned char>(~damaged[i]);
+  for (std::size_t i = damaged.size() / 2; i < damaged.size() / 2 + 200; ++i)
+    damaged[i] = static_cast<unsigned char>(~damaged[i]);
   load("damaged.nii.gz", damaged);
-  const int code = BaseOp::updateImageProps(op.get(), 0);
-  EXPECT_EQ(code, VX_IMAGE_INVALID);
+  expectInvalid(*op, VX_IMAGE_INVALID,
+                "File \"" + folder.path("damaged.nii.gz") + "\": its compressed data is damaged.");
 }
 
 TEST_F(NiftiLoadTest, DecompressionHasALimit) {
@@ -439,7 +450,8 @@ TEST_F(NiftiLoadTest, DecompressionHasALimit) {
   const std::string path = folder.write("large.nii.gz", compress(fileOf(header, Bytes(4000000, 7))));
   set(*op, "filename", path);
   set(*op, "memoryLimit", "3");
-  expectInvalid(*op, VX_IMAGE_INVALID, "File \"" + path + "\": the voxels need 4000352 bytes of memory, more than memoryLimit.");
+  expectInvalid(*op, VX_IMAGE_INVALID,
+                "File \"" + path + "\": the voxels need 4000352 bytes of memory, more than memoryLimit.");
   set(*op, "memoryLimit", "4");
   EXPECT_EQ(tile(*op, SubImgBox(Vector(0), Vector(0)), VXuint8Type).extent, Vector(1));
 }

@@ -56,11 +56,13 @@ TEST_F(RawLoadTest, AFileThatBecomesShorterLaterIsAnError) {
   updated(*op);
   folder.write("voxels.raw", {1});
   void* data = nullptr;
-  EXPECT_EQ(BaseOp::getTile(op.get(), 0, SubImgBox(Vector(0), {3, 0, 0, 0, 0, 0}), VXuint8Type, &data), VX_IMAGE_INVALID);
+  EXPECT_EQ(BaseOp::getTile(op.get(), 0, SubImgBox(Vector(0), {3, 0, 0, 0, 0, 0}), VXuint8Type, &data),
+            VX_IMAGE_INVALID);
   BaseOp::freeTile(data);
   const std::vector<Message> said = messages.take();
   ASSERT_FALSE(said.empty());
-  EXPECT_EQ(said[0], (Message{VX_ERROR, VX_IMAGE_INVALID, "VoxelFile::read()", "The file has become shorter since its header was read."}));
+  EXPECT_EQ(said[0], (Message{VX_ERROR, VX_IMAGE_INVALID, "VoxelFile::read()",
+                              "The file has become shorter since its header was read."}));
 }
 
 TEST_F(RawLoadTest, WhatCantBeReadIsSaidInTheState) {
@@ -89,7 +91,8 @@ TEST_F(RawLoadTest, WhatCantBeReadIsSaidInTheState) {
   set(*op, "extent", "3 0 1 1 1 1");
   expectInvalid(*op, VX_BAD_PARAMETER, "Field extent: no image of 3 0 1 1 1 1 voxels can be made.");
   set(*op, "extent", "1e12 1e12 1 1 1 1");
-  expectInvalid(*op, VX_BAD_PARAMETER, "Field extent: no image of 1000000000000 1000000000000 1 1 1 1 voxels can be made.");
+  expectInvalid(*op, VX_BAD_PARAMETER,
+                "Field extent: no image of 1000000000000 1000000000000 1 1 1 1 voxels can be made.");
   set(*op, "extent", "3 1 1 1 1 1");
   set(*op, "voxelSize", "1 1 0");
   expectInvalid(*op, VX_BAD_PARAMETER, "Field voxelSize: each component must be above 0.");
