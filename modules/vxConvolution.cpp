@@ -84,10 +84,11 @@ std::vector<W> convolveAlong(const Block& in, std::size_t d, const std::vector<W
   return result;
 }
 
-// Convolves a volume along z, y and x, with no more than a slice between. \param writeRow writeRow(y, z, values)
-template <class W, class WriteRow>
+// Convolves a volume along z, y and x, with no more than a slice between.
+// \param rowAt rowAt(y, z) where the values of a row go. \param finishRow finishRow(y, z, values) has them then
+template <class W, class RowAt, class FinishRow>
 void convolveVolume(const Block& in, const Vector& offset, const Weights<W>& weights, CombineRows<W> combine,
-                    WriteRow&& writeRow) {
+                    RowAt&& rowAt, FinishRow&& finishRow) {
   const CombineRows<W> combineSums = combineFrom<W>(typeOf<W>);
   const std::size_t radii[] = {radiusOf(weights[0]), radiusOf(weights[1]), radiusOf(weights[2])};
   const auto lineLen = static_cast<std::size_t>(in.extent.x);
@@ -96,7 +97,6 @@ void convolveVolume(const Block& in, const Vector& offset, const Weights<W>& wei
   const auto numSlices = static_cast<std::size_t>(in.extent.z) - 2 * radii[2];
   std::vector<W> slice(lineLen * numLines);
   std::vector<W> line(lineLen);
-  std::vector<W> values(number);
   std::vector<const void*> rows(2 * std::max({radii[0], radii[1], radii[2]}) + 1);
   for (std::size_t z = 0; z < numSlices; ++z) {
     for (std::size_t y = 0; y < numLines; ++y) {
@@ -112,8 +112,9 @@ void convolveVolume(const Block& in, const Vector& offset, const Weights<W>& wei
       for (std::size_t k = 0; k <= 2 * radii[1]; ++k) rows[k] = &slice[(y + k) * lineLen];
       combineSums(rows.data(), weights[1].data(), radii[1], line.data(), lineLen);
       for (std::size_t k = 0; k <= 2 * radii[0]; ++k) rows[k] = &line[k];
-      combineSums(rows.data(), weights[0].data(), radii[0], values.data(), number);
-      writeRow(static_cast<VXint64>(y), static_cast<VXint64>(z), values.data());
+      W* const values = rowAt(static_cast<VXint64>(y), static_cast<VXint64>(z));
+      combineSums(rows.data(), weights[0].data(), radii[0], values, number);
+      finishRow(static_cast<VXint64>(y), static_cast<VXint64>(z), values);
     }
   }
 }
@@ -270,16 +271,21 @@ void Convolution::convolve(const SubImg& out, const SubImg& in, const Weights<W>
   const StoreRow<W> store = getStoreRow<W>(out.getDataType());
   const auto number = static_cast<std::size_t>(box.getExt().x);
   const W divisor = static_cast<W>(_divisor);
+  const bool isDirect = out.getDataType() == typeOf<W>;  // results are voxels as they are
+  std::vector<W> buffer(isDirect ? 0 : number);
   Vector last = block.extent - Vector(1);
   last.x = last.y = last.z = 0;
-  SubImgBox volumes(Vector(0), last);
-  forEachRow(volumes, [&](const Vector& volume) {
-    convolveVolume<W>(block, volume, weights, combine, [&](VXint64 y, VXint64 z, W* values) {
-      if (divisor != W(1)) {
-        for (std::size_t i = 0; i < number; ++i) values[i] /= divisor;
-      }
-      store(values, bytesAt(out, box.v1 + volume + Vector(0, y, z, 0, 0, 0)), number);
-    });
+  forEachRow(SubImgBox(Vector(0), last), [&](const Vector& volume) {
+    const auto target = [&](VXint64 y, VXint64 z) { return bytesAt(out, box.v1 + volume + Vector(0, y, z, 0, 0, 0)); };
+    convolveVolume<W>(
+        block, volume, weights, combine,
+        [&](VXint64 y, VXint64 z) { return isDirect ? reinterpret_cast<W*>(target(y, z)) : buffer.data(); },
+        [&](VXint64 y, VXint64 z, W* values) {
+          if (divisor != W(1)) {
+            for (std::size_t i = 0; i < number; ++i) values[i] /= divisor;
+          }
+          if (!isDirect) store(values, target(y, z), number);
+        });
   });
 }
 

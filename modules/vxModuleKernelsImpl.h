@@ -76,36 +76,54 @@ void storeMean(const VXint32* sums, VXint32 count, void* voxels, std::size_t num
 template <class In, class W>
 using PairType = std::conditional_t<std::is_floating_point_v<In>, W, VXint32>;
 
+// Vectors that are added from all rows at a time, so that rows are looked up once for them.
+template <class In, class W, std::size_t numVectors>
+inline __attribute__((always_inline)) void combineVectors(const In* const* middle, const W* weights, std::size_t radius,
+                                                          W* out, std::size_t start) {
+  constexpr int lanes = vectorBytes / static_cast<int>(sizeof(W));
+  constexpr std::size_t step = lanes;
+  using InVector = Lanes<In, lanes>;
+  using PairVector = Lanes<PairType<In, W>, lanes>;
+  using Result = Lanes<W, lanes>;
+  Result sums[numVectors];
+  for (std::size_t j = 0; j < numVectors; ++j) {
+    const PairVector values = __builtin_convertvector(load<InVector>(*middle + start + j * step), PairVector);
+    sums[j] = __builtin_convertvector(values, Result) * weights[0];
+  }
+  for (std::size_t k = 1; k <= radius; ++k) {
+    const In* const before = middle[-static_cast<std::ptrdiff_t>(k)] + start;
+    const In* const behind = middle[k] + start;
+    const W weight = weights[k];
+    for (std::size_t j = 0; j < numVectors; ++j) {
+      const PairVector pair = __builtin_convertvector(load<InVector>(before + j * step), PairVector) +
+                              __builtin_convertvector(load<InVector>(behind + j * step), PairVector);
+      sums[j] += __builtin_convertvector(pair, Result) * weight;
+    }
+  }
+  for (std::size_t j = 0; j < numVectors; ++j) store(out + start + j * step, sums[j]);
+}
+
 template <class In, class W>
 void combineRows(const void* const* rowPointers, const W* weights, std::size_t radius, W* out, std::size_t number) {
   using Pair = PairType<In, W>;
-  constexpr int lanes = vectorBytes / static_cast<int>(sizeof(W));
-  using InVector = Lanes<In, lanes>;
-  using PairVector = Lanes<Pair, lanes>;
-  using Result = Lanes<W, lanes>;
-  const In* const* const rows = reinterpret_cast<const In* const*>(rowPointers);
-  const In* const* const middle = rows + radius;
-  const auto whole = [&](std::size_t i) {
-    Result sum =
-        __builtin_convertvector(__builtin_convertvector(load<InVector>(*middle + i), PairVector), Result) * weights[0];
-    for (std::size_t k = 1; k <= radius; ++k) {
-      const PairVector pair =
-          __builtin_convertvector(load<InVector>(middle[-static_cast<std::ptrdiff_t>(k)] + i), PairVector) +
-          __builtin_convertvector(load<InVector>(middle[k] + i), PairVector);
-      sum += __builtin_convertvector(pair, Result) * weights[k];
+  constexpr std::size_t lanes = static_cast<std::size_t>(vectorBytes) / sizeof(W);
+  const In* const* const middle = reinterpret_cast<const In* const*>(rowPointers) + radius;
+  if (number < lanes) {
+    for (std::size_t i = 0; i < number; ++i) {
+      W sum = static_cast<W>(static_cast<Pair>((*middle)[i])) * weights[0];
+      for (std::size_t k = 1; k <= radius; ++k) {
+        const Pair pair = static_cast<Pair>(static_cast<Pair>(middle[-static_cast<std::ptrdiff_t>(k)][i]) +
+                                            static_cast<Pair>(middle[k][i]));
+        sum += static_cast<W>(pair) * weights[k];
+      }
+      out[i] = sum;
     }
-    store(out + i, sum);
-  };
-  const auto single = [&](std::size_t i) {
-    W sum = static_cast<W>(static_cast<Pair>((*middle)[i])) * weights[0];
-    for (std::size_t k = 1; k <= radius; ++k) {
-      const Pair pair = static_cast<Pair>(static_cast<Pair>(middle[-static_cast<std::ptrdiff_t>(k)][i]) +
-                                          static_cast<Pair>(middle[k][i]));
-      sum += static_cast<W>(pair) * weights[k];
-    }
-    out[i] = sum;
-  };
-  forRuns<lanes>(number, whole, single);
+    return;
+  }
+  std::size_t i = 0;
+  for (; i + 4 * lanes <= number; i += 4 * lanes) combineVectors<In, W, 4>(middle, weights, radius, out, i);
+  for (; i + lanes <= number; i += lanes) combineVectors<In, W, 1>(middle, weights, radius, out, i);
+  if (i < number) combineVectors<In, W, 1>(middle, weights, radius, out, number - lanes);
 }
 
 template <class In>
