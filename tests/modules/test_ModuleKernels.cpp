@@ -167,7 +167,7 @@ TEST(ModuleKernelsTest, SumsMoveAndMeansAreExact) {
       const auto add = randomRow<VXuint16>(number, 1);
       const auto subtract = randomRow<VXuint16>(number, 2);
       std::vector<VXint32> sums = randomRow<VXint32>(number, 3);
-      for (VXint32& sum : sums) sum /= 4;
+      for (VXint32& sum : sums) sum /= 64;
       std::vector<VXint32> expected = sums;
       version->moveSums[VXuint16Type](add.data(), subtract.data(), sums.data(), number);
       version->moveSums[VXuint16Type](add.data(), nullptr, sums.data(), number);
