@@ -88,10 +88,12 @@ T rounded(F value) {
 template <class F>
 std::vector<F> edgeValues() {
   using Limits = std::numeric_limits<F>;
-  std::vector<F> values = {0, Limits::quiet_NaN(), Limits::infinity(), Limits::max(), Limits::min(), Limits::denorm_min()};
+  std::vector<F> values = {
+      0, Limits::quiet_NaN(), Limits::infinity(), Limits::max(), Limits::min(), Limits::denorm_min()};
   for (int bit = 0; bit <= 64; ++bit) {
     const F power = std::ldexp(F(1), bit);
-    for (const F offset : {F(-1.5), F(-1), F(-0.5), F(0), F(0.25), F(0.5), F(0.75), F(1), F(1.5)}) values.push_back(power + offset);
+    for (const F offset : {F(-1.5), F(-1), F(-0.5), F(0), F(0.25), F(0.5), F(0.75), F(1), F(1.5)})
+      values.push_back(power + offset);
     values.push_back(std::nextafter(power, F(0)));
     values.push_back(std::nextafter(power, Limits::max()));
   }
