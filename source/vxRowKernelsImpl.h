@@ -72,7 +72,7 @@ inline __attribute__((always_inline)) void loadFour(const Byte* in, AnyLanes (&l
   if constexpr (requires { AnyLanes::loadFour(in, lanes, In()); }) {
     AnyLanes::loadFour(in, lanes, In());
   } else {
-    for (int i = 0; i < 4; ++i) lanes[i] = AnyLanes::load(in + i * (AnyLanes::size * sizeof(In)), In());
+    for (std::size_t i = 0; i < 4; ++i) lanes[i] = AnyLanes::load(in + i * AnyLanes::size * sizeof(In), In());
   }
 }
 
@@ -88,7 +88,7 @@ inline __attribute__((always_inline)) void convertInLanes(const void* in, void* 
     Lanes lanes[4];
     loadFour<In>(inBytes, lanes);
     for (Lanes& mapped : lanes) mapped = map(mapped);
-    for (int i = 0; i < 4; ++i) lanes[i].store(outBytes + i * outStep, Out());
+    for (std::size_t i = 0; i < 4; ++i) lanes[i].store(outBytes + i * outStep, Out());
     inBytes += 4 * inStep;
     outBytes += 4 * outStep;
   }

@@ -1,0 +1,2 @@
+#define VX_MODULE_KERNELS moduleKernelsAvx2
+#include "vxModuleKernelsImpl.h"

@@ -1,0 +1,2 @@
+#define VX_MODULE_KERNELS moduleKernelsAvx512
+#include "vxModuleKernelsImpl.h"

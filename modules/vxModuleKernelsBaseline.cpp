@@ -1,0 +1,2 @@
+#define VX_MODULE_KERNELS moduleKernelsBaseline
+#include "vxModuleKernelsImpl.h"
