@@ -33,7 +33,11 @@ void showMessage(void* /*userData*/, const VXMessage* message) {
 std::vector<SearchStep> loadLibrary(const std::string& name) {
   std::vector<SearchStep> steps;
   const VXLibrarySearchCB note = [](void* userData, const char* path, const char* reason) {
-    static_cast<std::vector<SearchStep>*>(userData)->push_back({path, textOrEmpty(reason), reason == nullptr});
+    SearchStep step{path, textOrEmpty(reason), reason == nullptr};
+    // The loader begins with the path, which is told anyway.
+    const std::string lead = step.path + ": ";
+    if (step.reason.rfind(lead, 0) == 0) step.reason.erase(0, lead.size());
+    static_cast<std::vector<SearchStep>*>(userData)->push_back(std::move(step));
   };
   VXLoadLibraryExplained(name.c_str(), &steps, note);
   return steps;
