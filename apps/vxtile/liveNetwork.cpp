@@ -49,6 +49,10 @@ LiveNetwork::LiveNetwork(const Network& network) {
     _modules.emplace(entry.name, Member{entry.type, makeModule(entry.type, entry.name)});
   }
   for (const ModuleEntry& entry : network.modules) {
+    // Messages of the library name modules by this field.
+    if (VXField* const name = findField(_modules.at(entry.name).handle.get(), "instanceName")) {
+      VXFieldSetValue(name, entry.name.c_str());
+    }
     for (const auto& [field, value] : entry.fields) set({entry.name, field}, value);
   }
   for (const Connection& connection : network.connections) _connect(connection);
