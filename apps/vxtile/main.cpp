@@ -7,10 +7,21 @@
 
 #include <iostream>
 #include <new>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 namespace {
 
 using vxtile::ExitCode;
+
+// The allocator of glibc puts larger and larger blocks on the heap once a large one was freed, such as a decompressed
+// file. Pages of many sizes then leave holes there that can't be given back: several times the limit of the cache.
+void keepPagesOffTheHeap() {
+#ifdef __GLIBC__
+  ::mallopt(M_MMAP_THRESHOLD, 128 * 1024);  // what it starts with; set by hand it stays
+#endif
+}
 
 ExitCode run(int argc, char** argv) {
   CLI::App application("Runs networks of VX modules: calculates boxes of images and writes them to files.", "vxtile");
@@ -51,6 +62,7 @@ ExitCode run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  keepPagesOffTheHeap();
   try {
     return static_cast<int>(run(argc, argv));
   } catch (const std::exception& error) {
