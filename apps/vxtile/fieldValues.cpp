@@ -19,12 +19,12 @@ struct FieldClass {
 
 // A class stands before the one that it counts as derived from.
 constexpr FieldClass fieldClasses[] = {
-    {"BoolField", Form::flag, 0},           {"ToggleField", Form::flag, 0},         {"IntField", Form::whole, 0},
-    {"UniversalTypeField", Form::text, 0},  {"FloatField", Form::real, 0},          {"DoubleField", Form::real, 0},
-    {"LongDoubleField", Form::real, 0},     {"EnumField", Form::item, 0},           {"StringField", Form::text, 0},
-    {"NotifyField", Form::trigger, 0},      {"Vec2fField", Form::reals, 2},         {"Vec3fField", Form::reals, 3},
-    {"Vec4fField", Form::reals, 4},         {"Vec6fField", Form::reals, 6},         {"MatrixField", Form::reals, 16},
-    {"VectorField", Form::wholes, 6},       {"SubImgBoxField", Form::wholes, 12},   {"SubImgBoxfField", Form::reals, 12},
+    {"BoolField", Form::flag, 0},           {"ToggleField", Form::flag, 0},       {"IntField", Form::whole, 0},
+    {"UniversalTypeField", Form::text, 0},  {"FloatField", Form::real, 0},        {"DoubleField", Form::real, 0},
+    {"LongDoubleField", Form::real, 0},     {"EnumField", Form::item, 0},         {"StringField", Form::text, 0},
+    {"NotifyField", Form::trigger, 0},      {"Vec2fField", Form::reals, 2},       {"Vec3fField", Form::reals, 3},
+    {"Vec4fField", Form::reals, 4},         {"Vec6fField", Form::reals, 6},       {"MatrixField", Form::reals, 16},
+    {"VectorField", Form::wholes, 6},       {"SubImgBoxField", Form::wholes, 12}, {"SubImgBoxfField", Form::reals, 12},
     {"VXDataTypeField", Form::voxelType, 0}};
 
 const FieldClass& classEntry(VXField* field) {
@@ -54,7 +54,8 @@ std::string joined(const std::vector<std::string>& texts) {
 // Sets one field.
 class FieldSetter {
  public:
-  FieldSetter(VXField* field, const std::string& name, const Value& value) : _field(field), _name(name), _value(value) {}
+  FieldSetter(VXField* field, const std::string& name, const Value& value)
+      : _field(field), _name(name), _value(value) {}
 
   void set() {
     const FieldClass& entry = classEntry(_field);

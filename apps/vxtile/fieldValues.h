@@ -5,6 +5,7 @@
 #define VXTILE_FIELD_VALUES_H
 
 #include "values.h"
+
 #include "vxHandles.h"
 
 namespace vxtile {
@@ -13,8 +14,8 @@ namespace vxtile {
 std::string describeAccepted(VXField* field);
 
 /// Sets a field. Texts are read as the class of the field needs it.
-/// \param name of the field, for messages. \throw Failure ExitCode::network if the field doesn't take the value, or if it
-/// holds another one afterwards because the value is beyond its limits.
+/// \param name of the field, for messages. \throw Failure ExitCode::network if the field doesn't take the value, or if
+/// it holds another one afterwards because the value is beyond its limits.
 void setField(VXField* field, const std::string& name, const Value& value);
 
 /// Reads the name of a voxel type: one that the library knows, or short as "uint8" for "unsigned int8".

@@ -54,16 +54,16 @@ void writeGraph(std::ostream& stream, const Network& network, const std::string&
     stream << "  " << quoted(module.name) << " [label=" << quoted(labelOf(module)) << "];\n";
   }
   for (const Connection& connection : network.connections) {
-    stream << "  " << quoted(connection.from.module) << " -> " << quoted(connection.to.module) << " [label="
-           << quoted(connection.from.field + " to " + connection.to.field) << "];\n";
+    stream << "  " << quoted(connection.from.module) << " -> " << quoted(connection.to.module)
+           << " [label=" << quoted(connection.from.field + " to " + connection.to.field) << "];\n";
   }
   std::size_t number = 0;
   for (const Request& request : network.requests) {
     const std::string node = quoted("request." + std::to_string(number++));  // no module has a dot in its name
     if (request.output) {
       stream << "  " << node << " [shape=note, label=" << quoted(labelOf(request)) << "];\n  "
-             << quoted(request.output->module) << " -> " << node << " [style=dashed, label="
-             << quoted(request.output->field) << "];\n";
+             << quoted(request.output->module) << " -> " << node
+             << " [style=dashed, label=" << quoted(request.output->field) << "];\n";
     } else if (request.touch) {
       stream << "  " << node << " [shape=note, label=" << quoted("touch " + request.touch->text()) << "];\n  " << node
              << " -> " << quoted(request.touch->module) << " [style=dashed];\n";

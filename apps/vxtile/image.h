@@ -5,6 +5,7 @@
 #define VXTILE_IMAGE_H
 
 #include "values.h"
+
 #include "vxHandles.h"
 
 #include <array>
@@ -48,13 +49,13 @@ Box boxOf(const BoxRequest& request, const Extent& imageExtent, const std::strin
 /// How a box is cut into pieces that a writer can take one after the other.
 struct CutRules {
   std::array<std::size_t, numAxes> order{0, 1, 2, 3, 4, 5};  ///< Axes in the order of the file, the fastest first.
-  std::size_t firstCut = 0;            ///< Position in `order` from which on the box may be cut.
-  std::size_t lastCut = numAxes - 1;   ///< Pieces have extent 1 along all axes behind this position.
-  bool isBackward = false;             ///< Pieces come in the opposite order.
+  std::size_t firstCut = 0;                                  ///< Position in `order` from which on the box may be cut.
+  std::size_t lastCut = numAxes - 1;  ///< Pieces have extent 1 along all axes behind this position.
+  bool isBackward = false;            ///< Pieces come in the opposite order.
 };
 
-/// Cuts a box into pieces of about a size. Cuts lie between pages where that is possible, so that no page is needed twice.
-/// \param voxelBytes of the tile. \param pieceBytes the size aimed at.
+/// Cuts a box into pieces of about a size. Cuts lie between pages where that is possible, so that no page is needed
+/// twice. \param voxelBytes of the tile. \param pieceBytes the size aimed at.
 std::vector<Box> cutBox(const Box& box, const Extent& pageExtent, std::size_t voxelBytes, std::size_t pieceBytes,
                         const CutRules& rules);
 

@@ -5,6 +5,7 @@
 #define VXTILE_LIVE_NETWORK_H
 
 #include "network.h"
+
 #include "vxHandles.h"
 
 #include <map>

@@ -3,6 +3,7 @@
 #include "commands.h"
 #include "console.h"
 #include "failure.h"
+
 #include "vxAPI.h"
 
 #include <iostream>
@@ -32,8 +33,9 @@ ExitCode run(int argc, char** argv) {
   application.set_version_flag("--version", version, "Print the version and exit");
   application.require_subcommand(1);
   application.failure_message(CLI::FailureMessage::simple);
-  application.footer("Exit codes: 0 done, 1 calculation failed, 2 bad command line, 3 bad network, 4 library not loaded,\n"
-                     "5 file not written, 6 no memory, 130 interrupted. More is in the manual page vxtile(1).");
+  application.footer(
+      "Exit codes: 0 done, 1 calculation failed, 2 bad command line, 3 bad network, 4 library not loaded,\n"
+      "5 file not written, 6 no memory, 130 interrupted. More is in the manual page vxtile(1).");
   vxtile::addTypesCommand(application);
   vxtile::addDescribeCommand(application);
   vxtile::addRunCommand(application);

@@ -24,7 +24,8 @@ FieldName knownField(const JsonReader& json, const Network& network) {
 }
 
 ModuleEntry readModule(const std::string& name, const JsonReader& json) {
-  if (name.empty() || name.find('.') != std::string::npos) json.fail("the name of a module must have no dot and not be empty");
+  if (name.empty() || name.find('.') != std::string::npos)
+    json.fail("the name of a module must have no dot and not be empty");
   json.expectKeys({"type", "fields"});
   ModuleEntry module;
   module.name = name;

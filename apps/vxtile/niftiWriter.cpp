@@ -1,5 +1,5 @@
-// NIfTI-1 files. Dimensions 1 to 3 of the file are x, y and z, 4 is t, 5 is c, 6 is u. Voxels keep their order along each
-// axis, and the world matrix says where they are.
+// NIfTI-1 files. Dimensions 1 to 3 of the file are x, y and z, 4 is t, 5 is c, 6 is u. Voxels keep their order along
+// each axis, and the world matrix says where they are.
 
 #include "partFile.h"
 #include "writer.h"
@@ -19,11 +19,11 @@ struct NiftiType {
   VXDataType type;
   short code;
 };
-constexpr NiftiType niftiTypes[] = {
-    {VXint8Type, NIFTI_TYPE_INT8},     {VXuint8Type, NIFTI_TYPE_UINT8},     {VXint16Type, NIFTI_TYPE_INT16},
-    {VXuint16Type, NIFTI_TYPE_UINT16}, {VXint32Type, NIFTI_TYPE_INT32},     {VXuint32Type, NIFTI_TYPE_UINT32},
-    {VXfloatType, NIFTI_TYPE_FLOAT32}, {VXdoubleType, NIFTI_TYPE_FLOAT64},  {VXldoubleType, NIFTI_TYPE_FLOAT64},
-    {VXint64Type, NIFTI_TYPE_INT64}};
+constexpr NiftiType niftiTypes[] = {{VXint8Type, NIFTI_TYPE_INT8},       {VXuint8Type, NIFTI_TYPE_UINT8},
+                                    {VXint16Type, NIFTI_TYPE_INT16},     {VXuint16Type, NIFTI_TYPE_UINT16},
+                                    {VXint32Type, NIFTI_TYPE_INT32},     {VXuint32Type, NIFTI_TYPE_UINT32},
+                                    {VXfloatType, NIFTI_TYPE_FLOAT32},   {VXdoubleType, NIFTI_TYPE_FLOAT64},
+                                    {VXldoubleType, NIFTI_TYPE_FLOAT64}, {VXint64Type, NIFTI_TYPE_INT64}};
 
 short niftiTypeOf(const Volume& volume) {
   for (const NiftiType& entry : niftiTypes) {

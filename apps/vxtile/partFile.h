@@ -17,8 +17,7 @@ namespace vxtile {
 /// The name of a file beside the one that is meant, which is removed unless it becomes that one.
 class PartFile {
  public:
-  explicit PartFile(const std::string& path)
-      : _path(path), _partPath(path + ".part-" + std::to_string(::getpid())) {}
+  explicit PartFile(const std::string& path) : _path(path), _partPath(path + ".part-" + std::to_string(::getpid())) {}
   ~PartFile() {
     if (!_isComplete) std::remove(_partPath.c_str());
   }

@@ -1,5 +1,5 @@
-// Pictures: a plane of the image, 8 or 16 bits, with the dimension c as channels: 1 grey, 2 grey and alpha, 3 colours, 4
-// colours and alpha.
+// Pictures: a plane of the image, 8 or 16 bits, with the dimension c as channels: 1 grey, 2 grey and alpha, 3 colours,
+// 4 colours and alpha.
 
 #include "partFile.h"
 #include "writer.h"
@@ -25,12 +25,13 @@ struct Plane {
 Plane planeOf(const Volume& volume) {
   const Extent& e = volume.box.extent;
   if (e[4] > 1 || e[5] > 1 || e[channelAxis] > 4) {
-    throw Failure(ExitCode::network, volume.name + ": a .png picture holds one t, one u and up to 4 c; the box has " +
-                                         volume.box.text());
+    throw Failure(ExitCode::network,
+                  volume.name + ": a .png picture holds one t, one u and up to 4 c; the box has " + volume.box.text());
   }
   const Plane plane = e[2] == 1 ? Plane{0, 1} : e[1] == 1 ? Plane{0, 2} : Plane{1, 2};
   if (plane.width == 1 && e[0] != 1) {
-    throw Failure(ExitCode::network, volume.name + ": a .png picture holds one plane; the box has " + volume.box.text() +
+    throw Failure(ExitCode::network, volume.name + ": a .png picture holds one plane; the box has " +
+                                         volume.box.text() +
                                          ". Choose a plane with a box such as z=" + std::to_string(e[2] / 2));
   }
   if (e[plane.width] > largestEdge || e[plane.height] > largestEdge) {
@@ -155,8 +156,9 @@ class PngWriter : public Writer {
 
 std::unique_ptr<Writer> makePngWriter(const std::string& path, const Volume& volume) {
   if (volume.type != VXuint8Type && volume.type != VXuint16Type) {
-    throw Failure(ExitCode::network, volume.name + ": a .png picture holds voxels of type \"unsigned int8\" or \"unsigned "
-                                                   "int16\", not \"" +
+    throw Failure(ExitCode::network, volume.name +
+                                         ": a .png picture holds voxels of type \"unsigned int8\" or \"unsigned "
+                                         "int16\", not \"" +
                                          VXNameFromDataType(volume.type) + "\"");
   }
   return std::make_unique<PngWriter>(path, volume);

@@ -166,8 +166,8 @@ void checkRequest(const Request& request) {
                   name + ": \"" + request.type + "\" is no voxel type; known are " + voxelTypeNames());
   }
   if (request.window && type != VXuint8Type) {
-    throw Failure(ExitCode::network, name + ": a range gives voxels of type \"unsigned int8\", not \"" +
-                                         VXNameFromDataType(type) + "\"");
+    throw Failure(ExitCode::network,
+                  name + ": a range gives voxels of type \"unsigned int8\", not \"" + VXNameFromDataType(type) + "\"");
   }
 }
 

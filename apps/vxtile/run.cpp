@@ -148,7 +148,8 @@ void addRunCommand(CLI::App& application) {
                        "Part of the image, such as x=10:99,z=5; or two corners of 3 or 6 numbers. Default: all of it")
           ->type_name("BOX");
   CLI::Option* const type =
-      command->add_option("-t,--type", options->type, "Voxel type of the file, such as float or uint8")->type_name("TYPE");
+      command->add_option("-t,--type", options->type, "Voxel type of the file, such as float or uint8")
+          ->type_name("TYPE");
   CLI::Option* const range =
       command->add_option("-r,--range", options->range, "Map these values to 0 and 255, and voxels to uint8")
           ->type_name("LOW,HIGH");

@@ -28,7 +28,8 @@ class Session {
   /// \throw Failure ExitCode::library
   Session();
 
-  /// Loads module libraries. \throw Failure ExitCode::library with each place and reason for the first that isn't found.
+  /// Loads module libraries. \throw Failure ExitCode::library with each place and reason for the first that isn't
+  /// found.
   void load(const std::vector<std::string>& names);
 
  private:

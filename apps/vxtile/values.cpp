@@ -135,10 +135,12 @@ BoxRequest readBox(const std::string& text) {
 }
 
 Window windowOf(const std::vector<Number>& numbers) {
-  if (numbers.size() != 2) throw std::invalid_argument("a range has two numbers, not " + std::to_string(numbers.size()));
+  if (numbers.size() != 2)
+    throw std::invalid_argument("a range has two numbers, not " + std::to_string(numbers.size()));
   const Window window{asDouble(numbers[0]), asDouble(numbers[1])};
   if (!(window.low < window.high)) {
-    throw std::invalid_argument("the range from " + textOf(numbers[0]) + " to " + textOf(numbers[1]) + " does not rise");
+    throw std::invalid_argument("the range from " + textOf(numbers[0]) + " to " + textOf(numbers[1]) +
+                                " does not rise");
   }
   return window;
 }

@@ -49,8 +49,8 @@ using BoxRequest = std::array<std::optional<Interval>, numAxes>;
 /// Makes a box of two corners: 12 numbers, x y z c t u and again, or 6, x y z and again.
 /// \throw std::invalid_argument with a text that says what is wrong.
 BoxRequest boxOfCorners(const std::vector<Number>& numbers);
-/// Adds an axis to a box. \param axis a letter. \throw std::invalid_argument for an unknown or repeated axis, and for an
-/// interval that runs backward.
+/// Adds an axis to a box. \param axis a letter. \throw std::invalid_argument for an unknown or repeated axis, and for
+/// an interval that runs backward.
 void addAxis(BoxRequest& box, std::string_view axis, Interval interval);
 /// Reads a box from a text such as "x=10:20,z=5", or from the numbers of boxOfCorners().
 /// \throw std::invalid_argument with a text that says what is wrong.

@@ -5,6 +5,7 @@
 #define VXTILE_VX_HANDLES_H
 
 #include "failure.h"
+
 #include "vxAPI.h"
 
 #include <memory>

@@ -20,8 +20,8 @@ void runWhy(const std::string& name) {
   }
   if (steps.empty() || !steps.back().isFound) {
     std::cout.flush();
-    throw Failure(ExitCode::library, "the library " + name + " was not found in " + std::to_string(steps.size()) +
-                                         " places");
+    throw Failure(ExitCode::library,
+                  "the library " + name + " was not found in " + std::to_string(steps.size()) + " places");
   }
 }
 

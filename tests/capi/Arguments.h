@@ -78,7 +78,9 @@ inline Argument<VXBreakCheckCB> keptBreakCheck() {
 inline Argument<VXLibrarySearchCB> searchCallback(std::string reason) {
   const Refusal refusal{VX_BAD_PARAMETER, std::move(reason), {}};
   return {[](World&) -> VXLibrarySearchCB { return [](void*, const char*, const char*) {}; },
-          [refusal](World&) -> std::vector<Bad<VXLibrarySearchCB>> { return {{nullptr, refusal}}; }};
+          [refusal](World&) -> std::vector<Bad<VXLibrarySearchCB>> {
+            return {{nullptr, refusal}};
+          }};
 }
 
 // Texts and numbers ---------------------------------------------------------------------------------------------------

@@ -60,8 +60,8 @@ TEST(OpenLibrary, EachPlaceIsToldWithTheReason) {
     told.push_back(std::string(path) + " | " + (reason ? reason : "found"));
   };
   EXPECT_EQ(openLibrary("/no/such/Library", nullptr, tell), nullptr);
-  EXPECT_EQ(told, (Paths{"/no/such/libLibrary.so | There is no such file.",
-                         "/no/such/Library | There is no such file."}));
+  EXPECT_EQ(told,
+            (Paths{"/no/such/libLibrary.so | There is no such file.", "/no/such/Library | There is no such file."}));
 }
 
 TEST(OpenLibrary, TheLastPlaceIsThatOfTheLibrary) {
