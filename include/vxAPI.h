@@ -136,6 +136,17 @@ VX_C_API int VXLoadLibrary(const char* name);
 ///         library of this system is never given to the system's loader.
 VX_C_API const char* VXGetLoadLibraryErrorText(void);
 
+/// Told of one place in which a library was looked for. \param userData as given to VXLoadLibraryExplained().
+/// \param path file, or name that is left to the system's loader; good during the call. \param reason why the library
+/// wasn't loaded from there, in the words of the system's loader or of the search; null if it was.
+typedef void (*VXLibrarySearchCB)(void* userData, const char* path, const char* reason);
+/// As VXLoadLibraryWOError(), and tells of each place in turn; the last one is that of the library if it was found.
+/// Places that are not searched, such as a relative folder of VX_MODULE_PATH, are told with that reason.
+/// \param name null or empty is refused with an error. \param userData handed to the callback. \param callback null is
+///        refused with an error.
+/// \return 0, ::VX_BAD_PARAMETER or ::VX_LIBRARY_LOAD_FAILED.
+VX_C_API VXErrorCode VXLoadLibraryExplained(const char* name, void* userData, VXLibrarySearchCB callback);
+
 /// Unloads a library and removes its types.
 /// \param name as it was loaded; null or empty is refused with an error, ::VX_BAD_PARAMETER.
 /// \param handle from VXLoadLibraryWOErrorExt().
@@ -500,6 +511,10 @@ VX_C_API void VXImageFreeTile(void* data);
 VX_C_API VXuint64 VXCacheGetCurrentSizeKB(void);
 /// \return the limit in KB; 50000 at start.
 VX_C_API VXuint64 VXCacheGetMaxSizeKB(void);
+/// \return the most that all pages ever took at once, in KB, rounded down; what is locked counts too, so it may be
+/// above
+///         the limit.
+VX_C_API VXuint64 VXCacheGetPeakSizeKB(void);
 /// Sets the limit. It takes effect after the next calculation. \param size in KB, widened by sign: a negative one is
 ///        a huge limit.
 VX_C_API void VXCacheSetMaxSizeKB(int size);
@@ -518,6 +533,12 @@ VX_C_API void VXClearCache(void);
 VX_C_API VXErrorCode VXSetMaxNumThreads(int numThreads);
 /// \return how many threads calculate pages, at least 1.
 VX_C_API int VXGetMaxNumThreads(void);
+
+/// \return how many pages modules have calculated on the default host since that was made. A page that was dropped and
+///         calculated again counts again; pages that a bypassed module or a memory image supplies don't count.
+VX_C_API VXuint64 VXHostGetNumPagesCalculated(void);
+/// \return how often a calculation on the default host found a page that it needed calculated already.
+VX_C_API VXuint64 VXHostGetNumPagesHit(void);
 
 /// Called to tell of the progress of a calculation, on the thread that requested it.
 /// \param userData as given to VXHostSetProgressCB(). \param info1,info2 texts, good during the call.

@@ -155,6 +155,15 @@ class VX_EXPORT Host {
   void _unsetProcessingActive();
   ///@}
 
+  /// \name Figures
+  ///@{
+  /// \return the number of pages that modules have calculated since this host was made. From any thread.
+  VXuint64 getNumPagesCalculated() const noexcept { return _numPagesCalculated.load(std::memory_order_relaxed); }
+  /// \return how often a calculation found a page that it needed calculated already, since this host was made. From
+  ///         any thread.
+  VXuint64 getNumPagesHit() const noexcept { return _numPagesHit.load(std::memory_order_relaxed); }
+  ///@}
+
   /// \return the cache of all pages that this host calculates.
   Cache& getCache() { return _cache; }
   /// \copydoc getCache()
@@ -214,6 +223,9 @@ class VX_EXPORT Host {
   BreakCheckCB _breakCheckCB = nullptr;
   VXuint32 _maxNumThreads = 2;
   std::atomic<VXuint32> _processingActive{0};
+  // Modules may request tiles from worker threads, so the figures synchronise themselves.
+  std::atomic<VXuint64> _numPagesCalculated{0};
+  std::atomic<VXuint64> _numPagesHit{0};
   Cache _cache;
 
   // Guards the counters of the runs whose chunks are being calculated; changes that others wait for are signalled. It

@@ -35,6 +35,22 @@ class UnloadingScope {
   UnloadingScope& operator=(const UnloadingScope&) = delete;
 };
 
+// What loading a library is, however the caller hears of it.
+void* openModuleLibrary(const char* name, const vx::TellPlace& tell = {}) {
+  const bool isKnown = vx::Runtime::getNumInstancesDependentOnDll(name) >= 0;
+  vx::Runtime::setRecentlyLoadedDllName(name);
+  setLoadErrorText("There is no memory.");
+  void* const library = vx::callSilently<void*>(nullptr, [&] {
+    std::string reason;
+    void* const opened = vx::openLibrary(_determineRealLibraryName(name), &reason, tell);
+    setLoadErrorText(reason);
+    return opened;
+  });
+  // What a library registered before its start failed went with its code.
+  if (!library && !isKnown) vx::Runtime::destroyRuntimeTypesOfDll(name);
+  return library;
+}
+
 }  // namespace
 
 VXErrorCode VXLoadLibraryWOErrorExt(const char* name, void** handle) {
@@ -43,17 +59,7 @@ VXErrorCode VXLoadLibraryWOErrorExt(const char* name, void** handle) {
                          "Invalid name passed. Returning VX_BAD_PARAMETER.")) {
     return VX_BAD_PARAMETER;
   }
-  const bool isKnown = vx::Runtime::getNumInstancesDependentOnDll(name) >= 0;
-  vx::Runtime::setRecentlyLoadedDllName(name);
-  setLoadErrorText("There is no memory.");
-  void* const library = vx::callSilently<void*>(nullptr, [name] {
-    std::string reason;
-    void* const opened = vx::openLibrary(_determineRealLibraryName(name), &reason);
-    setLoadErrorText(reason);
-    return opened;
-  });
-  // What a library registered before its start failed went with its code.
-  if (!library && !isKnown) vx::Runtime::destroyRuntimeTypesOfDll(name);
+  void* const library = openModuleLibrary(name);
   if (handle) *handle = library;
   return library ? VX_RESULT_OK : VX_LIBRARY_LOAD_FAILED;
 }
@@ -81,6 +87,17 @@ int VXLoadLibrary(const char* name) {
 }
 
 const char* VXGetLoadLibraryErrorText(void) { return loadErrorText; }
+
+VXErrorCode VXLoadLibraryExplained(const char* name, void* userData, VXLibrarySearchCB callback) {
+  const vx::TraceFrame trace("source/vxAPI:VXLoadLibraryExplained()");
+  const vx::CallLabel label("vxAPI: VXLoadLibraryExplained");
+  if (!vx::checkArgument(!vx::isEmptyText(name), label, "Invalid name passed. Returning VX_BAD_PARAMETER.") ||
+      !vx::checkArgument(callback != nullptr, label, "Invalid callback passed. Returning VX_BAD_PARAMETER.")) {
+    return VX_BAD_PARAMETER;
+  }
+  const auto tell = [=](const char* path, const char* reason) { callback(userData, path, reason); };
+  return openModuleLibrary(name, tell) ? VX_RESULT_OK : VX_LIBRARY_LOAD_FAILED;
+}
 
 VXErrorCode VXUnLoadLibrary(const char* name, void* handle, char** errorText, int force) {
   const vx::TraceFrame trace("source/vxAPI:VXUnLoadLibrary()");

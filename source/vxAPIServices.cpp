@@ -52,6 +52,11 @@ VXuint64 _VXCacheGetCurrentSizeKB() {
   return cache().getCurrentCacheSizeKB();
 }
 
+VXuint64 _VXCacheGetPeakSizeKB() {
+  const TraceFrame trace("source/vxAPI:_VXCacheGetPeakSizeKB()");
+  return cache().getFigures().peak / 1024;
+}
+
 VXuint64 _VXCacheGetMaxSizeKB() {
   const TraceFrame trace("source/vxAPI:_VXCacheGetMaxSizeKB()");
   return cache().getMaxCacheSizeKB();
@@ -75,6 +80,18 @@ void _VXCacheSetMemoryOptLevel(int level) {
 void _VXClearCache() {
   const TraceFrame trace("source/vxAPI:_VXClearCache()");
   if (vx::checkNotProcessing("vxAPI: VXClearCache")) cache().clearCache();
+}
+
+// Figures
+
+VXuint64 _VXHostGetNumPagesCalculated() {
+  const TraceFrame trace("source/vxAPI:_VXHostGetNumPagesCalculated()");
+  return Host::getDefaultHost().getNumPagesCalculated();
+}
+
+VXuint64 _VXHostGetNumPagesHit() {
+  const TraceFrame trace("source/vxAPI:_VXHostGetNumPagesHit()");
+  return Host::getDefaultHost().getNumPagesHit();
 }
 
 // Callbacks
@@ -136,6 +153,10 @@ VXuint64 VXCacheGetCurrentSizeKB(void) {
   return callFramed("vxAPI:_VXCacheGetCurrentSizeKB()", vx::returnsNumber, _VXCacheGetCurrentSizeKB);
 }
 
+VXuint64 VXCacheGetPeakSizeKB(void) {
+  return callFramed("vxAPI:_VXCacheGetPeakSizeKB()", vx::returnsNumber, _VXCacheGetPeakSizeKB);
+}
+
 VXuint64 VXCacheGetMaxSizeKB(void) {
   return callFramed("vxAPI:_VXCacheGetMaxSizeKB()", vx::returnsNumber, _VXCacheGetMaxSizeKB);
 }
@@ -153,6 +174,14 @@ void VXCacheSetMemoryOptLevel(int level) {
 }
 
 void VXClearCache(void) { callFramed("vxAPI:_VXClearCache()", vx::returnsNothing, _VXClearCache); }
+
+VXuint64 VXHostGetNumPagesCalculated(void) {
+  return callFramed("vxAPI:_VXHostGetNumPagesCalculated()", vx::returnsNumber, _VXHostGetNumPagesCalculated);
+}
+
+VXuint64 VXHostGetNumPagesHit(void) {
+  return callFramed("vxAPI:_VXHostGetNumPagesHit()", vx::returnsNumber, _VXHostGetNumPagesHit);
+}
 
 void VXHostSetProgressCB(void* userData, VXProgressCB callback) {
   callFramed("vxAPI:_VXHostSetProgressCB(userData, callback)", vx::returnsNothing, _VXHostSetProgressCB, userData,

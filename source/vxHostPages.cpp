@@ -11,6 +11,7 @@
 #include "vxProcessingGuards.h"
 #include "vxTraceBuffer.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace vx {
@@ -92,6 +93,12 @@ void clearFailedPages(const PageGroup& group) {
   }
 }
 
+VXuint64 countCalculatedPages(const PageGroup& group) {
+  const auto& records = group.level.records();
+  return static_cast<VXuint64>(std::count_if(records.begin(), records.end(),
+                                             [](const ThreadDataClass* record) { return record->_isCalculated; }));
+}
+
 void throwFirstErrorCode(const PageGroup& group) {
   for (const ThreadDataClass* const record : group.level.records()) {
     if (record->_errorCode != 0) throw int{record->_errorCode};
@@ -116,6 +123,7 @@ void Host::_calcPages(BaseOp& op, PagedImg& outImg, VXint64 outIndex, const std:
   try {
     for (std::size_t position = 0; position < ids.size(); ++position) _preparePage(group, position);
     _runChunks(group);
+    _numPagesCalculated.fetch_add(countCalculatedPages(group), std::memory_order_relaxed);
     releaseInputs(group);
     _cache.flushCache();
     throwFirstErrorCode(group);
@@ -130,7 +138,10 @@ void Host::_calcPages(BaseOp& op, PagedImg& outImg, VXint64 outIndex, const std:
 
 void Host::_preparePage(PageGroup& group, std::size_t position) {
   const VXint64 id = group.ids[position];
-  if (lockExistingPage(group, id)) return;
+  if (lockExistingPage(group, id)) {
+    _numPagesHit.fetch_add(1, std::memory_order_relaxed);
+    return;
+  }
   ThreadDataClass& record = addRecord(group, *this);
   record._outPage = &makePage(group, id, _cache, *record._outSubImg);
   if (fillFromMemoryImg(group, *record._outSubImg, *record._outPage)) {

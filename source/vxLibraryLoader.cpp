@@ -41,9 +41,10 @@ bool namesCurrentFolder(const char* path) {
   return false;
 }
 
-void addFileNames(std::vector<std::string>& candidates, const std::string& folder, const std::string& name) {
-  candidates.push_back(folder + "lib" + name + ".so");
-  candidates.push_back(folder + name);
+void addFileNames(std::vector<LibraryPlace>& places, const std::string& folder, const std::string& name,
+                  const char* refusal = nullptr) {
+  places.push_back({folder + "lib" + name + ".so", refusal});
+  places.push_back({folder + name, refusal});
 }
 
 std::string ownFolder() {
@@ -73,26 +74,42 @@ bool isLoaded(const std::string& path) {
 
 }  // namespace
 
+std::vector<LibraryPlace> libraryPlaces(const std::string& name, const LibrarySearchEnvironment& environment,
+                                        const std::string& ownFolder) {
+  std::vector<LibraryPlace> places;
+  if (const std::size_t slash = name.rfind('/'); slash != std::string::npos) {
+    addFileNames(places, name.substr(0, slash + 1), name.substr(slash + 1));
+    return places;
+  }
+  for (const std::string_view folder : splitPath(environment.modulePath)) {
+    if (folder.empty()) continue;
+    addFileNames(places, std::string(folder) + "/", name,
+                 isAbsolute(folder) ? nullptr : "Not searched: a folder of VX_MODULE_PATH must be absolute.");
+  }
+  if (!ownFolder.empty()) {
+    addFileNames(places, ownFolder + "/", name);
+    addFileNames(places, ownFolder + "/vx/modules/", name);
+  }
+  // Without a slash a name is left to the system's loader.
+  addFileNames(places, "", name,
+               namesCurrentFolder(environment.loaderPath)
+                   ? "Not searched: LD_LIBRARY_PATH has a component that means the current folder."
+                   : nullptr);
+  return places;
+}
+
 std::vector<std::string> libraryCandidates(const std::string& name, const LibrarySearchEnvironment& environment,
                                            const std::string& ownFolder) {
   std::vector<std::string> candidates;
-  if (const std::size_t slash = name.rfind('/'); slash != std::string::npos) {
-    addFileNames(candidates, name.substr(0, slash + 1), name.substr(slash + 1));
-    return candidates;
+  for (const LibraryPlace& place : libraryPlaces(name, environment, ownFolder)) {
+    if (!place.refusal) candidates.push_back(place.path);
   }
-  for (const std::string_view folder : splitPath(environment.modulePath)) {
-    if (isAbsolute(folder)) addFileNames(candidates, std::string(folder) + "/", name);
-  }
-  if (!ownFolder.empty()) {
-    addFileNames(candidates, ownFolder + "/", name);
-    addFileNames(candidates, ownFolder + "/vx/modules/", name);
-  }
-  // Without a slash a name is left to the system's loader.
-  if (!namesCurrentFolder(environment.loaderPath)) addFileNames(candidates, "", name);
   return candidates;
 }
 
 namespace {
+
+constexpr const char* noSuchFile = "There is no such file.";
 
 // A call of the system's loader, which runs the start of the library. Loads may be nested.
 class RunningLoad {
@@ -171,24 +188,30 @@ bool noteLibraryFailure(const char* reason) noexcept {
   return true;
 }
 
-void* openLibrary(const char* name, std::string* reason) {
+void* openLibrary(const char* name, std::string* reason, const TellPlace& tell) {
   const LibrarySearchEnvironment environment{environmentText("VX_MODULE_PATH"), environmentText("LD_LIBRARY_PATH")};
   std::string reasons;
-  const auto addReason = [&reasons](const std::string& path, const std::string& fault) {
-    if (!reasons.empty()) reasons += ' ';
-    reasons += path + ": " + fault;
-  };
-  for (const std::string& candidate : libraryCandidates(name, environment, ownFolder())) {
-    const bool isPath = candidate.find('/') != std::string::npos;
-    const std::string file = isPath ? candidate : findInLoaderPath(candidate, environment.loaderPath);
-    if (isPath && !doesFileExist(file)) continue;
-    std::string fault = file.empty() ? std::string() : findLibraryFileFault(file);
-    if (fault.empty()) {
-      if (void* const handle = openByLoader(candidate, fault)) return handle;
+  for (const LibraryPlace& place : libraryPlaces(name, environment, ownFolder())) {
+    const bool isPath = place.path.find('/') != std::string::npos;
+    const std::string file = isPath ? place.path : findInLoaderPath(place.path, environment.loaderPath);
+    const bool isMissing = isPath && !doesFileExist(file);
+    std::string fault;
+    if (place.refusal) {
+      fault = place.refusal;
+    } else if (isMissing) {
+      fault = noSuchFile;
+    } else if (!file.empty()) {
+      fault = findLibraryFileFault(file);
     }
-    addReason(file.empty() ? candidate : file, fault);
+    void* const handle = fault.empty() ? openByLoader(place.path, fault) : nullptr;
+    if (tell) tell(place.path.c_str(), handle ? nullptr : fault.c_str());
+    if (handle) return handle;
+    // A place where there is nothing, or that isn't searched, explains nothing by itself.
+    if (place.refusal || isMissing) continue;
+    if (!reasons.empty()) reasons += ' ';
+    reasons += (file.empty() ? place.path : file) + ": " + fault;
   }
-  if (reason) *reason = reasons.empty() ? "There is no such file." : reasons;
+  if (reason) *reason = reasons.empty() ? noSuchFile : reasons;
   return nullptr;
 }
 

@@ -74,6 +74,15 @@ inline Argument<VXBreakCheckCB> keptBreakCheck() {
   return {[](World&) { return Host::getDefaultHost().getBreakCheckCB(); }};
 }
 
+/// A listener to a search for a library: null is refused.
+inline Argument<VXLibrarySearchCB> searchCallback(std::string reason) {
+  const Refusal refusal{VX_BAD_PARAMETER, std::move(reason), {}};
+  return {[](World&) -> VXLibrarySearchCB { return [](void*, const char*, const char*) {}; },
+          [refusal](World&) -> std::vector<Bad<VXLibrarySearchCB>> {
+            return {{nullptr, refusal}};
+          }};
+}
+
 // Texts and numbers ---------------------------------------------------------------------------------------------------
 
 /// A name: null and empty are refused.

@@ -60,6 +60,36 @@ TEST_F(CAPIServicesTest, TheCacheIsLimited) {
   expectSilence();
 }
 
+TEST_F(CAPIServicesTest, PagesAreCountedAndThePeakIsKept) {
+  RampModule ramp;
+  OutputConnectorField* const output = ramp.getOutField(0);
+  int nx, ny, nz, nc;
+  int px, py, pz, pc, pt, pu;
+  ASSERT_EQ(VXImageGetSize(output, &nx, &ny, &nz, &nc), 0);
+  ASSERT_EQ(VXImageGetPageSize6D(output, &px, &py, &pz, &pc, &pt, &pu), 0);
+  const auto numPages = static_cast<VXuint64>((nx + px - 1) / px * ((ny + py - 1) / py));
+  const VXuint64 calculated = VXHostGetNumPagesCalculated();
+  const VXuint64 hit = VXHostGetNumPagesHit();
+  const auto getSlice = [&] {
+    void* memory = nullptr;
+    EXPECT_EQ(VXImageGetTile(output, &memory, 0, 0, 0, nx, ny, 1, VXint32Type), 0);
+    VXImageFreeTile(memory);
+  };
+  getSlice();
+  EXPECT_EQ(VXHostGetNumPagesCalculated() - calculated, numPages);
+  EXPECT_EQ(VXHostGetNumPagesHit() - hit, 0U);
+  getSlice();
+  EXPECT_EQ(VXHostGetNumPagesCalculated() - calculated, numPages);
+  EXPECT_EQ(VXHostGetNumPagesHit() - hit, numPages);
+  EXPECT_EQ(VXHostGetNumPagesCalculated(), Host::getDefaultHost().getNumPagesCalculated());
+  EXPECT_EQ(VXCacheGetPeakSizeKB(), Host::getDefaultHost().getCache().getFigures().peak / 1024);
+  EXPECT_GE(VXCacheGetPeakSizeKB(), VXCacheGetCurrentSizeKB());
+  const VXuint64 peak = VXCacheGetPeakSizeKB();
+  VXClearCache();
+  EXPECT_EQ(VXCacheGetPeakSizeKB(), peak) << "of all times";
+  expectSilence();
+}
+
 TEST_F(CAPIServicesTest, TheMemoryOptimizationLevelIsSetAndGot) {
   EXPECT_EQ(VXCacheGetMemoryOptLevel(), 0U);
   VXCacheSetMemoryOptLevel(3);
