@@ -282,7 +282,6 @@ TEST_F(HostThreadsTest, SerialisedCopiesAreApartFromCalculations) {
   behind.threaded().connect(0, *row);
   behind.anyType();
   std::atomic<int> numBegun{0};
-  std::vector<int> rounds(8, -1);
   behind.onCalcOutSubImage = [&](SubImg& out, int, SubImg* in, ThreadInfo& info) {
     // Chunks are 2, 2 and 4 pages long: nobody begins his second page before all three have copied for it, and so
     // finished their first.
@@ -294,6 +293,13 @@ TEST_F(HostThreadsTest, SerialisedCopiesAreApartFromCalculations) {
     out.copySubImage(in[0]);
   };
   EXPECT_EQ(tile(behind, rowBox(8)), numbers(8));
+  // The output is of a standard type, and the input isn't.
+  numBegun = 0;
+  behind.img().setOutOfDate();
+  behind.onCalcOutImageProps = [](PagedImg& img, int) { img.setDataType(VXuint16Type); };
+  behind.onCalcInSubImageProps = [](int, InSubImageProps& props, int) { props.dataType = complexType(); };
+  EXPECT_EQ(tile(behind, rowBox(8)), numbers(8));
+  EXPECT_EQ(numBegun, 8);
 }
 
 // Failures -----------------------------------------------------------------------------------------------------------

@@ -2,6 +2,7 @@
 #include "TestAllocator.h"
 
 #include "vxMemoryImg.h"
+#include "vxNotify.h"
 
 #include <cstring>
 #include <set>
@@ -211,6 +212,31 @@ TEST_F(HostTileTest, AModuleIsCalledInOrderWithItsIndices) {
                                              "calc 1 0",    "calc 1 16"}));
   EXPECT_EQ(both.numHandleInput, 0);
   EXPECT_EQ(both.img(0).isUpToDate(), false);
+}
+
+// Once for each group, also for one of input pages, and once for the request.
+TEST_F(HostTileTest, TheCacheIsFlushedAfterEachGroupAndAtTheEnd) {
+  int numFlushes = 0;
+  const VXCallbackHandle handle =
+      VXNotify.addNotifyCB([](void* userData, unsigned int notification, void*,
+                              void*) { *static_cast<int*>(userData) += notification == 0x80004; },
+                           &numFlushes, 0x1fffff);
+  const auto flushesOf = [&](TestModule& op) {
+    numFlushes = 0;
+    tile(op, boxOf(0, 0, 31, 0));
+    return numFlushes;
+  };
+  module.connect(0, source);
+  EXPECT_EQ(flushesOf(module), 2 + 1 + 1);
+  EXPECT_EQ(flushesOf(module), 1 + 1);
+  module.img().clearPageList();
+  module.onCalcOutSubImage = [](SubImg&, int, SubImg*, ThreadInfo&) { throw 7; };
+  EXPECT_EQ(flushesOf(module), 2 + 1 + 1);
+  EXPECT_EQ(code, 7);
+  messages.take();
+  TestModule open(1, 1);
+  EXPECT_EQ(flushesOf(open), 0);
+  VXNotify.removeNotifyCB(handle);
 }
 
 TEST_F(HostTileTest, TheApplicationIsNotAskedToStop) {
