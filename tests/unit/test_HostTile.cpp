@@ -216,26 +216,32 @@ TEST_F(HostTileTest, AModuleIsCalledInOrderWithItsIndices) {
 
 // Once for each group, also for one of input pages, and once for the request.
 TEST_F(HostTileTest, TheCacheIsFlushedAfterEachGroupAndAtTheEnd) {
-  int numFlushes = 0;
-  const VXCallbackHandle handle =
-      VXNotify.addNotifyCB([](void* userData, unsigned int notification, void*,
-                              void*) { *static_cast<int*>(userData) += notification == 0x80004; },
-                           &numFlushes, 0x1fffff);
+  // How many requests are under way at each flush.
+  struct Flushes {
+    Host& host;
+    std::vector<VXuint32> levels;
+  } flushes{host, {}};
+  const VXCallbackHandle handle = VXNotify.addNotifyCB(
+      [](void* userData, unsigned int notification, void*, void*) {
+        auto& self = *static_cast<Flushes*>(userData);
+        if (notification == 0x80004) self.levels.push_back(self.host.isProcessingActive());
+      },
+      &flushes, 0x1fffff);
   const auto flushesOf = [&](TestModule& op) {
-    numFlushes = 0;
+    flushes.levels.clear();
     tile(op, boxOf(0, 0, 31, 0));
-    return numFlushes;
+    return flushes.levels;
   };
   module.connect(0, source);
-  EXPECT_EQ(flushesOf(module), 2 + 1 + 1);
-  EXPECT_EQ(flushesOf(module), 1 + 1);
+  EXPECT_EQ(flushesOf(module), (std::vector<VXuint32>{1, 1, 1, 0}));
+  EXPECT_EQ(flushesOf(module), (std::vector<VXuint32>{1, 0}));
   module.img().clearPageList();
   module.onCalcOutSubImage = [](SubImg&, int, SubImg*, ThreadInfo&) { throw 7; };
-  EXPECT_EQ(flushesOf(module), 2 + 1 + 1);
+  EXPECT_EQ(flushesOf(module), (std::vector<VXuint32>{1, 1, 1, 0}));
   EXPECT_EQ(code, 7);
   messages.take();
   TestModule open(1, 1);
-  EXPECT_EQ(flushesOf(open), 0);
+  EXPECT_EQ(flushesOf(open), std::vector<VXuint32>());
   VXNotify.removeNotifyCB(handle);
 }
 
