@@ -182,7 +182,7 @@ class VX_EXPORT Host {
  private:
   // Property update.
   int _updateImageProps(BaseOp& op, VXint64 outIndex);
-  int _updateInputs(BaseOp& op);
+  int _updateInputs(BaseOp& op, PagedImg& img);
   int _updateOutput(BaseOp& op, VXint64 outIndex, PagedImg& img);
   int _calcOutput(BaseOp& op, VXint64 outIndex, PagedImg& img);
   bool _requiredOperationsComplete(BaseOp& op, VXint64 outIndex);
