@@ -191,7 +191,7 @@ class VX_EXPORT Host {
  private:
   // Property update.
   int _updateImageProps(BaseOp& op, VXint64 outIndex);
-  int _updateInputs(BaseOp& op);
+  int _updateInputs(BaseOp& op, PagedImg& img);
   int _updateOutput(BaseOp& op, VXint64 outIndex, PagedImg& img);
   int _calcOutput(BaseOp& op, VXint64 outIndex, PagedImg& img);
   bool _requiredOperationsComplete(BaseOp& op, VXint64 outIndex);
@@ -217,30 +217,33 @@ class VX_EXPORT Host {
   void _finishThreads(PageGroup& group, ChunkRun& run);
   static void _calcPagesMT(void* arg);
 
-  void* _progressCBUserData = nullptr;
-  ProgressCB _progressCB = nullptr;
-  void* _breakCheckCBUserData = nullptr;
-  BreakCheckCB _breakCheckCB = nullptr;
-  VXuint32 _maxNumThreads = 2;
-  std::atomic<VXuint32> _processingActive{0};
-  // Modules may request tiles from worker threads, so the figures synchronise themselves.
-  std::atomic<VXuint64> _numPagesCalculated{0};
-  std::atomic<VXuint64> _numPagesHit{0};
-  Cache _cache;
+ protected:
+  void* _progressCBUserData = nullptr;         ///< Passed to the progress callback.
+  ProgressCB _progressCB = nullptr;            ///< The progress callback, or null.
+  void* _breakCheckCBUserData = nullptr;       ///< Passed to the break check callback.
+  BreakCheckCB _breakCheckCB = nullptr;        ///< The break check callback, or null.
+  VXuint32 _maxNumThreads = 2;                 ///< As it was set, 0 as well.
+  std::atomic<VXuint32> _processingActive{0};  ///< Updates and requests that run inside each other.
+  Cache _cache;                                ///< The cache of all pages.
 
-  // Guards the counters of the runs whose chunks are being calculated; changes that others wait for are signalled. It
-  // is taken before the mutex of the table of voxel types and that of the cache, and never while one of these is held.
+  /// Guards the counters of the runs whose chunks are being calculated; changes that others wait for are signalled. It
+  /// is taken before the mutex of the table of voxel types and that of the cache, and never while one of these is held.
   Mutex _threadStateMutex;
-  std::condition_variable_any _threadStateChanged;
+  std::condition_variable_any _threadStateChanged;  ///< Signals those changes.
 
-  // Failures of the last run of the request that is under way; used by the thread that requests.
+  /// Failures of the last run of the request that is under way; used by the thread that requests.
   VXint32 _numThreadErrors = 0;
 
+  static Host* _defaultHost;                    ///< The default host, or null.
+  static std::vector<Host*> _defaultHostStack;  ///< The default hosts before it, which may be null.
+
+ private:
   // Memory that a request leaves to the next one; used by the thread that requests.
   std::unique_ptr<RequestLevels> _levels;
 
-  static Host* _defaultHost;
-  static std::vector<Host*> _defaultHostStack;
+  // Modules may request tiles from worker threads, so the figures synchronise themselves.
+  std::atomic<VXuint64> _numPagesCalculated{0};
+  std::atomic<VXuint64> _numPagesHit{0};
 };
 
 }  // namespace vx

@@ -6,6 +6,7 @@
 
 #include "vxErrorOutput.h"
 #include "vxRuntimeType.h"
+#include "vxTypeOrNull.h"
 
 #include <atomic>
 #include <cstddef>
@@ -180,16 +181,6 @@ VXErrorCode withRecursionGuard(const CallLabel& label, const char* text, Operati
 }
 
 // Module-call guard --------------------------------------------------------------------------------------------------
-
-/// \return the run-time type of an object in whatever state; null if it can't be asked.
-template <class Object>
-const RuntimeType* typeOrNull(const Object* object) noexcept {
-  try {
-    return object->getTypeId();
-  } catch (...) {
-    return nullptr;
-  }
-}
 
 /// Calls module code directly. Whatever it throws is reported as fatal with the module as handled object, and the
 /// caller goes on. A thrown `char*` or `std::string` is shown as the error text, with code 0; an `int` is the code;

@@ -121,18 +121,13 @@ int Host::_updateImageProps(BaseOp& op, VXint64 outIndex) {
     setState(*img, VX_RESULT_OK);
     return VX_RESULT_OK;
   }
-  if (img->getStateInfoErrorCode() == VX_CYCLIC_NETWORK) setState(*img, VX_IMAGE_NOT_CALCULATED);
-  if (const int code = _updateInputs(op)) {
-    // An image that the walk came back to is part of the cycle itself, and not just behind an invalid input.
-    const bool isInCycle = img->getStateInfoErrorCode() == VX_CYCLIC_NETWORK;
-    return invalidate(*img, isInCycle ? VX_CYCLIC_NETWORK : code);
-  }
+  if (const int code = _updateInputs(op, *img)) return invalidate(*img, code);
   return _updateOutput(op, outIndex, *img);
 }
 
 // The marker finds a network that leads back to this module. It is off again when the output is worked on, so that a
 // module which feeds two inputs is met twice.
-int Host::_updateInputs(BaseOp& op) {
+int Host::_updateInputs(BaseOp& op, PagedImg& img) {
   const MarkerScope marker(op);
   const VXint64 numInputs = op.getInputNum();
   for (VXint64 i = 0; i < numInputs; ++i) {
@@ -140,11 +135,14 @@ int Host::_updateInputs(BaseOp& op) {
     PagedImg* real = nullptr;
     VXint64 inOpIndex = -1;
     BaseOp::getInInfos(op, i, true, nullptr, &inOp, &real, &inOpIndex);
+    // An image that the walk came back to is part of the cycle itself, and not just behind an invalid input.
+    if (img.getStateInfoErrorCode() == VX_CYCLIC_NETWORK) setState(img, VX_IMAGE_NOT_CALCULATED);
     if (real && (real->isUpToDate() || _updateImageProps(*inOp, inOpIndex) == VX_RESULT_OK)) continue;
+    const bool isInCycle = img.getStateInfoErrorCode() == VX_CYCLIC_NETWORK;
     // The module may take the placeholder for an input that is open or invalid.
     const PagedImg* const accepted = op.getInImg(i, false);
     if (!accepted) return VX_OPEN_NETWORK;
-    if (accepted != DummyOp::getGlobalOutImg()) return VX_IMAGE_NOT_CALCULATED;
+    if (accepted != DummyOp::getGlobalOutImg()) return isInCycle ? VX_CYCLIC_NETWORK : VX_IMAGE_NOT_CALCULATED;
   }
   return VX_RESULT_OK;
 }

@@ -119,13 +119,13 @@ class Chunk {
           record._isCalculated = true;
         },
         [&](int code) {
-          reportThrownCode(code, "Host::_calcPagesMT( ) on module ", op);
+          reportThrownCode(code, "Host::_calcPagesMT( ) on module ", op, ReportedModule::object);
           _fail(record, failureCode(code));
         },
         [&] {
           _error = VX_PAGE_CALCULATION_FAILED;
           reportUnknownException(VX_PAGE_CALCULATION_FAILED, "Continuing with other pages.", "", op,
-                                 "::calcOutSubImage()");
+                                 "::calcOutSubImage()", ReportedModule::object);
           _run.countError();
         });
   }

@@ -1,6 +1,7 @@
 #include "vxProcessingGuards.h"
 
 #include "vxMutex.h"
+#include "vxTypeOrNull.h"
 
 namespace vx {
 
@@ -12,21 +13,32 @@ constinit Mutex nestedRequestMutex;
 
 thread_local bool isInsideThreads = false;
 
+// Sends a report about a module whose label was put together.
+void reportOfModule(VXMessageType type, const CallLabel& label, VXErrorCode code, const char* reason, const BaseOp& op,
+                    ReportedModule module) {
+  if (module == ReportedModule::object) {
+    report(type, label, code, reason, &op, typeOrNull(&op));
+  } else {
+    report(type, label, code, reason);
+  }
+}
+
 }  // namespace
 
-void reportThrownCode(int code, const char* place, const BaseOp& op, SourcePosition position) {
+void reportThrownCode(int code, const char* place, const BaseOp& op, ReportedModule module, SourcePosition position) {
   withComposedLabel([&] { return place + op.whoAmI(true); }, position.file, position.line,
                     [&](const CallLabel& label) {
-                      report(VX_ERROR, label, code,
-                             "Controlled but still undesired exception caught - continuing operation. "
-                             "Some processed image data may be invalid");
+                      reportOfModule(VX_ERROR, label, code,
+                                     "Controlled but still undesired exception caught - continuing operation. "
+                                     "Some processed image data may be invalid",
+                                     op, module);
                     });
 }
 
 void reportUnknownException(VXErrorCode code, const char* reason, const char* before, const BaseOp& op,
-                            const char* after, SourcePosition position) {
+                            const char* after, ReportedModule module, SourcePosition position) {
   withComposedLabel([&] { return before + op.whoAmI(true) + after; }, position.file, position.line,
-                    [&](const CallLabel& label) { report(VX_FATAL, label, code, reason); });
+                    [&](const CallLabel& label) { reportOfModule(VX_FATAL, label, code, reason, op, module); });
 }
 
 NestedRequestScope::NestedRequestScope() VX_NO_THREAD_SAFETY_ANALYSIS : _isNested(isInsideThreads) {

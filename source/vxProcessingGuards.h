@@ -37,12 +37,17 @@ void guardProcessing(Body&& body, OnCode&& onCode, OnOther&& onOther) {
 /// \return the code that a caller gets for a thrown one: a thrown 0 is no success.
 inline int failureCode(int thrownCode) noexcept { return thrownCode != 0 ? thrownCode : VX_UNKNOWN_EXCEPTION; }
 
+/// Whether a report hands over the module that it is about, with its type, beside its name.
+enum class ReportedModule { name, object };
+
 /// Reports a thrown error code. \param place where it was caught, in front of the name of the module.
-void reportThrownCode(int code, const char* place, const BaseOp& op, SourcePosition position = SourcePosition());
+void reportThrownCode(int code, const char* place, const BaseOp& op, ReportedModule module = ReportedModule::name,
+                      SourcePosition position = SourcePosition());
 
 /// Reports an exception that is no error code, as fatal. \param before,after what stands around the name of the module.
 void reportUnknownException(VXErrorCode code, const char* reason, const char* before, const BaseOp& op,
-                            const char* after, SourcePosition position = SourcePosition());
+                            const char* after, ReportedModule module = ReportedModule::name,
+                            SourcePosition position = SourcePosition());
 
 /// Runs something that allocates for the engine itself. \throw int ::VX_NO_MEMORY, after a fatal report, without
 /// memory.

@@ -166,6 +166,9 @@ TEST_F(HostFailuresTest, AFailureThreeLevelsUpIsToldAtEachLevel) {
                 level("3"),
                 fatal,
                 {VX_ERROR, 7, "Host::_processPagesHelper() on module TestModule(3)", controlledException}}));
+  for (TestModule* const op : {static_cast<TestModule*>(&source), &module, &second, &third}) {
+    EXPECT_EQ(op->img().getPage(0, PagedImg::OWN_PAGE)->getLockCount(), 1);
+  }
 }
 
 TEST_F(HostFailuresTest, AFailureOfTheInputQueriesIsToldAsSuch) {
@@ -186,6 +189,73 @@ TEST_F(HostFailuresTest, AFailureOfTheInputQueriesIsToldAsSuch) {
                                                    fatal,
                                                    {VX_FATAL, 1, "Module TestModule(m) called by Host::getTile()",
                                                     "Ignoring function call."}}));
+}
+
+TEST_F(HostFailuresTest, AnExceptionOfTheInputQueriesPassesWhileExceptionHandlingIsOff) {
+  const ExceptionHandling off(false);
+  const Message fatal = {VX_FATAL, 41, "VXPrintAndNotifyFatal()", "A guarded block was left by a failure."};
+  module.named("m").onCalcInSubImageBox = [](int, const SubImgBox&, int) -> SubImgBox { throw OtherException(); };
+  EXPECT_THROW(tile(module, box), OtherException);
+  EXPECT_EQ(messages.take(), std::vector<Message>{fatal});
+  expectRest();
+  module.onCalcInSubImageBox = [](int, const SubImgBox&, int) -> SubImgBox { throw 7; };
+  module.img().clearPageList();
+  tile(module, box);
+  EXPECT_EQ(code, 7);
+  EXPECT_EQ(messages.take(),
+            (std::vector<Message>{
+                {VX_ERROR, 7, "Host::_initializePageData( ) on module TestModule(m)", controlledException},
+                fatal,
+                {VX_ERROR, 7, "Host::_processPagesHelper() on module TestModule(m)", controlledException}}));
+}
+
+TEST_F(HostFailuresTest, TheCacheIsFlushedAfterAFailure) {
+  host.getCache().setMaxCacheSizeKB(0);
+  for (const bool isOn : {true, false}) {
+    const ExceptionHandling handling(isOn);
+    module.onCalcOutSubImage = [=](SubImg&, int, SubImg*, ThreadInfo&) {
+      if (!isOn) throw OtherException();
+      throw 7;
+    };
+    if (isOn) {
+      tile(module, box);
+      EXPECT_EQ(code, 7);
+    } else {
+      EXPECT_THROW(tile(module, box), OtherException);
+    }
+    for (VXint64 id = 0; id < 12; ++id) {
+      EXPECT_EQ(source.img().isValidPage(id), 0);
+      EXPECT_EQ(module.img().isValidPage(id), 1);
+    }
+    module.img().clearPageList();
+    messages.take();
+    expectRest();
+  }
+}
+
+TEST_F(HostFailuresTest, TheTileHoldsTheGroupsBeforeTheFailure) {
+  host.setMaxNumThreads(1);
+  SourceModule large(ext(128 * 64, 128), ext(128, 128), VXint64Type);
+  large.onCalcOutSubImage = [&](SubImg& out, int, SubImg*, ThreadInfo&) {
+    if (large.numPages == 20) throw 7;
+    out.fillSubImg(5);
+  };
+  const std::vector<VXint64> voxels = tile(large, boxOf(0, 0, 128 * 64 - 1, 0));
+  EXPECT_EQ(code, 7);
+  for (std::size_t x = 0; x < voxels.size(); ++x) ASSERT_EQ(voxels[x], x < 128 * 16 ? 5 : -1) << x;
+}
+
+TEST_F(HostFailuresTest, AllPagesOfAnImageMayFail) {
+  source.named("s").onCalcOutSubImage = [](SubImg&, int, SubImg*, ThreadInfo&) { throw 7; };
+  EXPECT_EQ(host.processAllPages(source, 0, -1, boxOf(0, 0, 0, 0)), 7);
+  expectRest();
+  EXPECT_EQ(source.img().getPage(0, PagedImg::OWN_PAGE)->getLockCount(), 1);
+  EXPECT_EQ(messages.take(),
+            (std::vector<Message>{
+                {VX_ERROR, 7, "Host::_calcPagesMT( ) on module TestModule(s)", controlledException},
+                {VX_ERROR, 16, "Module TestModule(s) called by Host::_calcPages:", ""},
+                {VX_FATAL, 41, "VXPrintAndNotifyFatal()", "A guarded block was left by a failure."},
+                {VX_ERROR, 7, "Host::_processPagesHelper() on module TestModule(s)", controlledException}}));
 }
 
 TEST_F(HostFailuresTest, WhatLeavesTheRequestItselfIsToldAtItsEntry) {

@@ -87,6 +87,28 @@ TEST_F(HostPropertiesTest, AModuleConnectedToItselfIsACycle) {
   EXPECT_EQ(host.updateImageProps(module, 0), 0);
 }
 
+TEST_F(HostPropertiesTest, ACycleMayBeOpenedByThePlaceholder) {
+  module.connect(0, module);
+  module.onHandleInput = [](int, BaseOp::INPUT_STATE state) {
+    EXPECT_EQ(state, BaseOp::INPUT_NOT_VALID);
+    return BaseOp::USE_PLACEHOLDER;
+  };
+  EXPECT_EQ(host.updateImageProps(module, 0), 0);
+  EXPECT_EQ(module.img().getStateInfoErrorCode(), 0);
+  EXPECT_EQ(module.img().getImgExt(), ext(1, 1));
+}
+
+// What is wrong with the input that it fails at counts, and not a cycle that the module has dealt with.
+TEST_F(HostPropertiesTest, AnOpenInputBesideACycleThatWasOpenedIsAnOpenInput) {
+  TestModule both(2, 1);
+  both.connect(0, both);
+  both.onHandleInput = [](int inIndex, BaseOp::INPUT_STATE) {
+    return inIndex == 0 ? BaseOp::USE_PLACEHOLDER : BaseOp::INVALIDATE_OUTPUT;
+  };
+  EXPECT_EQ(host.updateImageProps(both, 0), 3);
+  EXPECT_EQ(both.img().getStateInfoErrorCode(), 3);
+}
+
 TEST_F(HostPropertiesTest, ACycleIsForgottenWhenItIsOpened) {
   module.connect(0, module);
   EXPECT_EQ(host.updateImageProps(module, 0), 4);

@@ -52,6 +52,25 @@ TEST_F(HostServicesTest, StartsWithDefaults) {
   EXPECT_EQ(host.getCache().getMaxCacheSizeKB(), 50000U);
 }
 
+// A class that derives from the host may look at its members.
+class OpenHost : public Host {
+ public:
+  void expectStart() const {
+    EXPECT_EQ(_progressCBUserData, nullptr);
+    EXPECT_EQ(_progressCB, nullptr);
+    EXPECT_EQ(_breakCheckCBUserData, nullptr);
+    EXPECT_EQ(_breakCheckCB, nullptr);
+    EXPECT_EQ(_maxNumThreads, 2U);
+    EXPECT_EQ(_processingActive.load(), 0U);
+    EXPECT_EQ(_numThreadErrors, 0);
+    EXPECT_EQ(&_cache, &getConstCache());
+  }
+  static Host* defaultHost() { return _defaultHost; }
+  static std::size_t stackDepth() { return _defaultHostStack.size(); }
+};
+
+TEST_F(HostServicesTest, ItsMembersStartWithTheirDefaults) { OpenHost().expectStart(); }
+
 TEST_F(HostServicesTest, IsARunTimeType) {
   EXPECT_STREQ(host.getTypeIdName(), "Host");
   EXPECT_EQ(host.getTypeId(), Host::getClassTypeId());
@@ -162,6 +181,8 @@ TEST_F(DefaultHostTest, IsMadeOnTheFirstCall) {
   EXPECT_EQ(&Host::getDefaultHost(), &first);
   first.setMaxNumThreads(17);
   Host::destroyDefaultHost();
+  EXPECT_EQ(OpenHost::defaultHost(), nullptr);
+  Host::destroyDefaultHost();
   EXPECT_EQ(Host::getDefaultHost().getMaxNumThreads(), 2U);
 }
 
@@ -200,6 +221,8 @@ TEST_F(DefaultHostTest, APushAsTheFirstCallPushesNoHost) {
   EXPECT_EQ(Host::pushDefaultHost(), 0);
   Host& pushed = Host::getDefaultHost();
   EXPECT_EQ(Host::popDefaultHost(), 42);
+  EXPECT_EQ(OpenHost::stackDepth(), 0U);
+  EXPECT_EQ(OpenHost::defaultHost(), &pushed);
   EXPECT_EQ(&Host::getDefaultHost(), &pushed);
   EXPECT_EQ(Host::popDefaultHost(), 44);
 }

@@ -215,6 +215,26 @@ TEST_F(HostThreadsTest, TheCostOfAPageIsItsPriority) {
   EXPECT_EQ(row->img().getPage(1, PagedImg::OWN_PAGE)->getPriority(), 9U);  // of one voxel
 }
 
+// New pages have priority 9 until their cost is known.
+TEST_F(HostThreadsTest, ThePriorityIsThatOfItsVoxelsAlsoWhereAPageFailed) {
+  for (const VXuint32 numThreads : {1U, 2U}) {
+    host.setMaxNumThreads(numThreads);
+    SourceModule large(ext(2048, 1024), ext(1024, 1024), VXuint8Type);
+    large.threaded().onCalcOutSubImage = [](SubImg& out, int, SubImg*, ThreadInfo&) {
+      if (out.getPosition().x != 0) throw 7;
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    };
+    tile(large, boxOf(0, 0, 2047, 0), VXuint8Type);
+    EXPECT_EQ(code, 7);
+    const VXuint64 cheap = large.img().getPage(1, PagedImg::OWN_PAGE)->getPriority();
+    const VXuint64 costly = large.img().getPage(0, PagedImg::OWN_PAGE)->getPriority();
+    EXPECT_GE(costly, 3U);  // 20 ms and more
+    EXPECT_LT(costly, 9U);
+    EXPECT_LT(cheap, 9U);
+    messages.take();
+  }
+}
+
 // Threads that can't be started --------------------------------------------------------------------------------------
 
 TEST_F(HostThreadsTest, ChunksWhoseThreadCannotBeStartedRunOnTheRequestingThread) {
@@ -262,7 +282,6 @@ TEST_F(HostThreadsTest, SerialisedCopiesAreApartFromCalculations) {
   behind.threaded().connect(0, *row);
   behind.anyType();
   std::atomic<int> numBegun{0};
-  std::vector<int> rounds(8, -1);
   behind.onCalcOutSubImage = [&](SubImg& out, int, SubImg* in, ThreadInfo& info) {
     // Chunks are 2, 2 and 4 pages long: nobody begins his second page before all three have copied for it, and so
     // finished their first.
@@ -274,6 +293,13 @@ TEST_F(HostThreadsTest, SerialisedCopiesAreApartFromCalculations) {
     out.copySubImage(in[0]);
   };
   EXPECT_EQ(tile(behind, rowBox(8)), numbers(8));
+  // The output is of a standard type, and the input isn't.
+  numBegun = 0;
+  behind.img().setOutOfDate();
+  behind.onCalcOutImageProps = [](PagedImg& img, int) { img.setDataType(VXuint16Type); };
+  behind.onCalcInSubImageProps = [](int, InSubImageProps& props, int) { props.dataType = complexType(); };
+  EXPECT_EQ(tile(behind, rowBox(8)), numbers(8));
+  EXPECT_EQ(numBegun, 8);
 }
 
 // Failures -----------------------------------------------------------------------------------------------------------
@@ -356,6 +382,44 @@ TEST_F(HostThreadsTest, AnUnknownExceptionIsReportedAndTheRequestGoesOn) {
     EXPECT_EQ(
         messages.take(),
         (std::vector<Message>{{VX_FATAL, 16, "TestModule(row)::calcOutSubImage()", "Continuing with other pages."}}));
+    expectRest();
+  }
+}
+
+TEST_F(HostThreadsTest, ReportsOfACalculationHandOverTheModuleAndItsType) {
+  for (const VXuint32 numThreads : {1U, 2U}) {
+    host.setMaxNumThreads(numThreads);
+    for (const bool isCode : {true, false}) {
+      makeRow(2);
+      onPage = [=](VXint64 page) {
+        if (page == 0 && isCode) throw 7;
+        if (page == 0) throw OtherException();
+      };
+      tile(*row, rowBox(2));
+      int numWithModule = 0;
+      for (const Message& message : messages.take()) {
+        const bool isOfChunk = message.function == "Host::_calcPagesMT( ) on module TestModule(row)" ||
+                               message.function == "TestModule(row)::calcOutSubImage()";
+        EXPECT_EQ(message.handledObject, isOfChunk ? static_cast<const BaseOp*>(row.get()) : nullptr) << message;
+        EXPECT_EQ(message.handledObjectType, isOfChunk ? TestModule::getClassTypeId() : nullptr) << message;
+        numWithModule += isOfChunk;
+      }
+      EXPECT_EQ(numWithModule, 1);
+    }
+  }
+}
+
+TEST_F(HostThreadsTest, AnErrorCodeIsCaughtWhileExceptionHandlingIsOff) {
+  const ExceptionHandling off(false);
+  for (const VXuint32 numThreads : {1U, 2U}) {
+    makeRow(4);
+    host.setMaxNumThreads(numThreads);
+    onPage = [](VXint64 page) {
+      if (page == 2) throw -1;
+    };
+    EXPECT_EQ(tile(*row, rowBox(4)), std::vector<VXint64>(4, -1));
+    EXPECT_EQ(code, -1);
+    EXPECT_EQ(sortedMessages(), failedByCode(-1, "TestModule(row)"));
     expectRest();
   }
 }

@@ -2,6 +2,7 @@
 #include "TestAllocator.h"
 
 #include "vxMemoryImg.h"
+#include "vxNotify.h"
 
 #include <cstring>
 #include <set>
@@ -156,6 +157,121 @@ TEST_F(HostTileTest, TellsTheModuleOfItsFirstPageOncePerClearing) {
   source.img().clearPageList();
   tile(source, boxOf(0, 0, 1, 1));
   EXPECT_EQ(calls.size(), 2U);
+}
+
+TEST_F(HostTileTest, OnlyTheRequestedModuleIsToldOfItsFirstPage) {
+  module.connect(0, source);
+  tile(module, boxOf(0, 0, 1, 1));
+  EXPECT_EQ(module.numNotifyFirst, 1);
+  EXPECT_EQ(source.numNotifyFirst, 0);
+}
+
+// What a module with two inputs sees of a request of its second output, beside what it sees of its marker.
+TEST_F(HostTileTest, AModuleIsCalledInOrderWithItsIndices) {
+  std::vector<std::string> calls;
+  const auto note = [&](const std::string& call, int first, int second) {
+    calls.push_back(call + " " + std::to_string(first) + " " + std::to_string(second));
+  };
+  SourceModule a(ext(20, 10), ext(16, 16), VXuint16Type);
+  SourceModule b(ext(20, 10), ext(16, 16), VXuint16Type);
+  a.onNotifyFirst = b.onNotifyFirst = [&](int, bool) { calls.emplace_back("notify of an input"); };
+  const auto watch = [&](SourceModule& input, const std::string& name) {
+    input.onCalcOutImageProps = [&, name, props = input.onCalcOutImageProps](PagedImg& img, int outIndex) {
+      note(name + ".props", outIndex, 0);
+      props(img, outIndex);
+    };
+    input.onCalcOutSubImage = [&, name](SubImg& out, int outIndex, SubImg* in, ThreadInfo&) {
+      note(name + ".calc", outIndex, static_cast<int>(out.getPosition().x));
+      EXPECT_EQ(in, nullptr);
+    };
+  };
+  watch(a, "a");
+  watch(b, "b");
+  TestModule both(2, 2);
+  both.connect(0, a).connect(1, b);
+  both.onSetMarker = [&](int marker) { note("marker", marker, 0); };
+  both.onCalcOutImageProps = [&](PagedImg&, int outIndex) { note("props", outIndex, 0); };
+  both.onCalcInSubImageProps = [&](int inIndex, InSubImageProps&, int outIndex) { note("inProps", inIndex, outIndex); };
+  both.onCalcInSubImageBox = [&](int inIndex, const SubImgBox& box, int outIndex) {
+    note("inBox", inIndex, outIndex);
+    EXPECT_EQ(box.getExt(), ext(16, 16));  // not cut to the image
+    return box;
+  };
+  both.onNotifyFirst = [&](int outIndex, bool isProcessAllPages) { note("notify", outIndex, isProcessAllPages); };
+  both.onCalcOutSubImage = [&](SubImg& out, int outIndex, SubImg* in, ThreadInfo&) {
+    note("calc", outIndex, static_cast<int>(out.getPosition().x));
+    EXPECT_EQ(in[0].getBox(), out.getBox());
+    EXPECT_EQ(in[1].getBox(), out.getBox());
+  };
+  tile(both, boxOf(0, 0, 19, 9), VXuint16Type, ScaleShiftData(), 1);
+  EXPECT_EQ(code, 0);
+  EXPECT_EQ(calls, (std::vector<std::string>{"marker 1 0",  "a.props 0 0", "b.props 0 0", "marker 0 0",  "props 1 0",
+                                             "inProps 0 1", "inProps 1 1", "notify 1 0",  "inBox 0 1",   "inProps 0 1",
+                                             "a.calc 0 0",  "inBox 1 1",   "inProps 1 1", "b.calc 0 0",  "inBox 0 1",
+                                             "inProps 0 1", "a.calc 0 16", "inBox 1 1",   "inProps 1 1", "b.calc 0 16",
+                                             "calc 1 0",    "calc 1 16"}));
+  EXPECT_EQ(both.numHandleInput, 0);
+  EXPECT_EQ(both.img(0).isUpToDate(), false);
+}
+
+// Once for each group, also for one of input pages, and once for the request.
+TEST_F(HostTileTest, TheCacheIsFlushedAfterEachGroupAndAtTheEnd) {
+  // How many requests are under way at each flush.
+  struct Flushes {
+    Host& host;
+    std::vector<VXuint32> levels;
+  } flushes{host, {}};
+  const VXCallbackHandle handle = VXNotify.addNotifyCB(
+      [](void* userData, unsigned int notification, void*, void*) {
+        auto& self = *static_cast<Flushes*>(userData);
+        if (notification == 0x80004) self.levels.push_back(self.host.isProcessingActive());
+      },
+      &flushes, 0x1fffff);
+  const auto flushesOf = [&](TestModule& op) {
+    flushes.levels.clear();
+    tile(op, boxOf(0, 0, 31, 0));
+    return flushes.levels;
+  };
+  module.connect(0, source);
+  EXPECT_EQ(flushesOf(module), (std::vector<VXuint32>{1, 1, 1, 0}));
+  EXPECT_EQ(flushesOf(module), (std::vector<VXuint32>{1, 0}));
+  module.img().clearPageList();
+  module.onCalcOutSubImage = [](SubImg&, int, SubImg*, ThreadInfo&) { throw 7; };
+  EXPECT_EQ(flushesOf(module), (std::vector<VXuint32>{1, 1, 1, 0}));
+  EXPECT_EQ(code, 7);
+  messages.take();
+  TestModule open(1, 1);
+  EXPECT_EQ(flushesOf(open), std::vector<VXuint32>());
+  VXNotify.removeNotifyCB(handle);
+}
+
+TEST_F(HostTileTest, TheApplicationIsNotAskedToStop) {
+  int numChecks = 0;
+  host.setBreakCheckCB(&numChecks, [](void* userData, void**) { return ++*static_cast<int*>(userData); });
+  module.connect(0, source);
+  const SubImgBox box = boxOf(0, 0, 49, 39);
+  EXPECT_EQ(tile(module, box), valuesAt(box, sourceValue));
+  EXPECT_EQ(numChecks, 0);
+}
+
+TEST_F(HostTileTest, TheMemoryOfATileStaysWhereItFailed) {
+  source.onCalcOutSubImage = [](SubImg&, int, SubImg*, ThreadInfo&) { throw 7; };
+  const SubImgBox box = boxOf(0, 0, 1, 1);
+  void* data = nullptr;
+  EXPECT_EQ(host.getTile(source, 0, box, VXuint8Type, &data), 7);
+  EXPECT_NE(data, nullptr);
+  host.freeTile(data);
+  source.img().clearPageList();
+  SubImg block(box, VXuint8Type);
+  EXPECT_EQ(host.getTile(source, 0, block), 7);
+  EXPECT_NE(block.getData(), nullptr);
+  host.freeTile(block.getData());
+  source.img().clearPageList();
+  CachedBuffer buffer;
+  EXPECT_EQ(host.getTile(source, 0, box, VXuint8Type, buffer), 7);
+  EXPECT_TRUE(buffer.isInitialized());
+  EXPECT_FALSE(buffer.isLocked());
+  messages.take();
 }
 
 TEST_F(HostTileTest, AModuleMayRequestTilesInsideItsOwnCalculation) {
