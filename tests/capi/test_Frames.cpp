@@ -90,11 +90,9 @@ TEST_F(CAPIFramesTest, FunctionsOfPointerFieldsAnswerNeutrally) {
   expectFrame("_VXSoNodeFieldSetPtr(field, ptr)", &VXSoNodeFieldSetPtr, bad, nullptr);
   expectFrame("_VXPointerFieldGetPtr(field)", null, nullptr, &VXPointerFieldGetPtr, bad);
   expectFrame("_VXPointerFieldSetPtr(field, ptr)", &VXPointerFieldSetPtr, bad, nullptr);
-  expectFrame("_VXDicomTagListFieldGetPtr(field)", null, nullptr,
-              &VXDicomTagListFieldGetPtr, bad);
+  expectFrame("_VXDicomTagListFieldGetPtr(field)", null, nullptr, &VXDicomTagListFieldGetPtr, bad);
   expectFrame("_VXDicomTagListFieldSetPtr(field, ptr)", &VXDicomTagListFieldSetPtr, bad, nullptr);
-  expectFrame("_VXBaseFieldGetPersistentState(baseField)", null, nullptr,
-              &VXBaseFieldGetPersistentState, bad);
+  expectFrame("_VXBaseFieldGetPersistentState(baseField)", null, nullptr, &VXBaseFieldGetPersistentState, bad);
   expectFrame("_VXBaseFieldSetPersistentState(baseField, state)", &VXBaseFieldSetPersistentState, bad, "state");
   expectFrame("_VXBaseFieldClearPersistentState(baseField, state)", &VXBaseFieldClearPersistentState, bad, nullptr);
 }
@@ -113,8 +111,7 @@ TEST_F(CAPIFramesTest, ConnectionsAndSensorsAnswerNeutrally) {
 TEST_F(CAPIFramesTest, ObjectsAnswerNeutrally) {
   ThrowingObject object;
   Base* const base = &object;
-  expectFrame("_VXBaseGetTypeObject(base)", null, nullptr, &VXBaseGetTypeObject,
-              base);
+  expectFrame("_VXBaseGetTypeObject(base)", null, nullptr, &VXBaseGetTypeObject, base);
   expectFrame("_VXBaseGetType(base)", empty, "", &VXBaseGetType, base);
   expectFrame("_VXBaseGetParentType(base)", empty, "", &VXBaseGetParentType, base);
   expectFrame("_VXBaseIsDerivedFrom(base, superClassName)", zero, 0, &VXBaseIsDerivedFrom, base, "BaseOp");
@@ -151,14 +148,15 @@ TEST_F(CAPIFramesTest, FunctionsThatCheckTheImageThemselvesAnswerWithTheCode) {
   EXPECT_EQ(range, 0.0);
   expectFrame("_VXImageGetVoxelToWorldMatrix(outField, mat)", code, 1, &VXImageGetVoxelToWorldMatrix, bad, values);
   expectFrame("_VXImageGetWorldToVoxelMatrix(outField, mat)", code, 1, &VXImageGetWorldToVoxelMatrix, bad, values);
-  expectFrame("_VXImageMapVoxelToWorld(outField, srcX, srcY, srcZ, dstX, dstY, dstZ)", code, 1,
-              &VXImageMapVoxelToWorld, bad, 1.0F, 2.0F, 3.0F, &values[0], &values[1], &values[2]);
-  expectFrame("_VXImageMapWorldToVoxel(outField, srcX, srcY, srcZ, dstX, dstY, dstZ)", code, 1,
-              &VXImageMapWorldToVoxel, bad, 1.0F, 2.0F, 3.0F, &values[0], &values[1], &values[2]);
+  expectFrame("_VXImageMapVoxelToWorld(outField, srcX, srcY, srcZ, dstX, dstY, dstZ)", code, 1, &VXImageMapVoxelToWorld,
+              bad, 1.0F, 2.0F, 3.0F, &values[0], &values[1], &values[2]);
+  expectFrame("_VXImageMapWorldToVoxel(outField, srcX, srcY, srcZ, dstX, dstY, dstZ)", code, 1, &VXImageMapWorldToVoxel,
+              bad, 1.0F, 2.0F, 3.0F, &values[0], &values[1], &values[2]);
   EXPECT_EQ(values[0], 7.0F);
-  expectFrame("_VXImageGetFirstImagePropertyExtensionByType(outField, imagePropertyTypeClassName, "
-              "imagePropertyExtension)",
-              code, 1, &VXImageGetFirstImagePropertyExtensionByType, bad, "BaseOp", &extension);
+  expectFrame(
+      "_VXImageGetFirstImagePropertyExtensionByType(outField, imagePropertyTypeClassName, "
+      "imagePropertyExtension)",
+      code, 1, &VXImageGetFirstImagePropertyExtensionByType, bad, "BaseOp", &extension);
   expectFrame("_VXImageGetDicomTagList(outField, tagList)", code, 1, &VXImageGetDicomTagList, bad, &list);
   expectFrame("_VXClearPages(outField)", code, 1, &VXClearPages, bad);
   expectFrame("_VXClearMemoryImg(outField)", code, 1, &VXClearMemoryImg, bad);
@@ -182,10 +180,9 @@ TEST_F(CAPIFramesTest, TilesAnswerWithTheCode) {
   expectFrame(plain, code, 1, &VXImageGetTile, bad, &tile, 0, 0, 0, 1, 1, 1, VXint32Type);
   expectFrame(scaled, code, 1, &VXImageGetScaledTile6D, bad, &tile, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, VXint32Type,
               0.0, 1.0, 0.0, 2.0);
-  expectFrame(scaled, code, 1, &VXImageGetScaledTile4D, bad, &tile, 0, 0, 0, 0, 1, 1, 1, 1, VXint32Type, 0.0, 1.0,
-              0.0, 2.0);
-  expectFrame(scaled, code, 1, &VXImageGetScaledTile3D, bad, &tile, 0, 0, 0, 1, 1, 1, VXint32Type, 0.0, 1.0, 0.0,
+  expectFrame(scaled, code, 1, &VXImageGetScaledTile4D, bad, &tile, 0, 0, 0, 0, 1, 1, 1, 1, VXint32Type, 0.0, 1.0, 0.0,
               2.0);
+  expectFrame(scaled, code, 1, &VXImageGetScaledTile3D, bad, &tile, 0, 0, 0, 1, 1, 1, VXint32Type, 0.0, 1.0, 0.0, 2.0);
   expectFrame(scaled, code, 1, &VXImageGetScaledTile, bad, &tile, 0, 0, 0, 1, 1, 1, VXint32Type, 0.0, 1.0, 0.0, 2.0);
   EXPECT_EQ(tile, &voxel);
   EXPECT_EQ(voxel, -1);
