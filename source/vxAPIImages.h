@@ -20,8 +20,8 @@ OutputConnector* _VXGetOutput(Field* outField, const CallLabel& label, const cha
 ///        they are by a call that is refused. \return 0 if the image is valid, else an error code.
 VXErrorCode _VXGetOutputParams(Field* outField, BaseOp** baseOp, int* outIndex, PagedImg** img);
 
-/// Finds the image of an output without bringing it up to date. \param label of the refusal, for the calling function.
-/// \param reason its text. \param img takes the image, or null for a bad field. \return 0 or ::VX_BAD_FIELD.
+/// Finds the image of an output without bringing it up to date. \param outField field of the output. \param img takes
+/// the image, or null for a bad field. \return 0 or ::VX_BAD_FIELD.
 VXErrorCode _VXGetPagedImg(Field* outField, PagedImg** img);
 
 }  // namespace vx

@@ -171,6 +171,18 @@ TEST(AllocationsOfAConnection, LeaveNeitherLinkNorAttachment) {
   VXErrorOutput.sendMessagesToCerr(true);
 }
 
+TEST(AllocationsOfASensor, EndInAFatalMessageAndNull) {
+  MessageRecorder messages;
+  untilFailure = 0;
+  VXFieldSensor* const sensor = VXCreateFieldSensor(nullptr, [](void*, void*) {});
+  EXPECT_LT(untilFailure.exchange(-1), 0);
+  EXPECT_EQ(sensor, nullptr);
+  EXPECT_EQ(messages.take(),
+            (Messages{{VX_FATAL, 2, "vxAPI: VXCreateFieldSensor",
+                       "Sensor creation failed. Maybe the system ran out ofmemory. Returning NULL instead of a sensor "
+                       "pointer."}}));
+}
+
 INSTANTIATE_TEST_SUITE_P(AllFunctions, Allocations, ::testing::ValuesIn(rows::allRows()),
                          [](const auto& instance) { return instance.param.name; });
 

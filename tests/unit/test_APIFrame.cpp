@@ -276,6 +276,43 @@ TEST_F(ModuleCallGuardTest, ACallThatReturnsIsLeftAlone) {
   EXPECT_EQ(messages.take(), Messages{});
 }
 
+// An object that fails when it goes, as a module can't: destructors of run-time typed classes don't throw.
+class Stubborn {
+ public:
+  explicit Stubborn(void (*failure)()) : _failure(failure) {}
+  ~Stubborn() noexcept(false) { _failure(); }
+
+ private:
+  void (*_failure)();
+};
+
+class ModuleLifeGuardTest : public APIFrameTest {
+ protected:
+  static bool isDeleted(Stubborn* object) {
+    return guardModuleLife(
+        "Continuing after module deletion failure.", [] { return std::string("the label"); }, [=] { delete object; });
+  }
+};
+
+TEST_F(ModuleLifeGuardTest, WhatIsThrownIsReportedAsFatal) {
+  EXPECT_FALSE(isDeleted(new Stubborn([] { throw 9; })));
+  EXPECT_FALSE(isDeleted(new Stubborn([] { throw std::string("text"); })));
+  EXPECT_EQ(messages.take(), (Messages{{VX_FATAL, 9, "the label", "Continuing after module deletion failure."},
+                                       {VX_FATAL, 1, "the label", "Continuing after module deletion failure."}}));
+}
+
+TEST_F(ModuleLifeGuardTest, WithoutExceptionHandlingItPasses) {
+  VXEnableExceptionHandling(0);
+  EXPECT_THROW(isDeleted(new Stubborn([] { throw 9; })), int);
+  EXPECT_TRUE(isDeleted(new Stubborn([] {})));
+  EXPECT_EQ(messages.take(), Messages{});
+}
+
+TEST_F(ModuleLifeGuardTest, ACallThatReturnsIsLeftAlone) {
+  EXPECT_TRUE(isDeleted(new Stubborn([] {})));
+  EXPECT_EQ(messages.take(), Messages{});
+}
+
 }  // namespace
 }  // namespace test
 }  // namespace vx
