@@ -231,7 +231,7 @@ void Convolution::calcOutImageProps(int /*outIndex*/) {
   image.setDataType(getOutputType(!isGauss ? inType : _workType == VXfloatType ? VXfloatType : VXdoubleType));
   const Vector extent = image.getImgExt();
   const Vector pageExt = chooseMarginPageExt(extent, _radius, isGauss ? 256 * 1024 : 128 * 1024);
-  if (!isUsableExtent(pageExt + 2 * _radius, VXuint64{1} << 32))
+  if (!isUsableExtent(pageExt + 2 * _radius, VXuint64{1} << 35))
     return invalidate("The kernel is too large for the image.");
   image.setPageExt(pageExt);
   if (_border == fillBorder) {

@@ -64,7 +64,7 @@ void Median::calcOutImageProps(int /*outIndex*/) {
     _radius[d] = _size[d] / 2;
   }
   const Vector pageExt = chooseMarginPageExt(image.getImgExt(), _radius, 128 * 1024);
-  if (!isUsableExtent(pageExt + 2 * _radius, VXuint64{1} << 32))
+  if (!isUsableExtent(pageExt + 2 * _radius, VXuint64{1} << 35))
     return invalidate("The surroundings are too large for the image.");
   image.setPageExt(pageExt);
   if (_border == fillBorder) {

@@ -61,7 +61,7 @@ class Threshold : public StandardModule {
       const double* const in = voxelAt<double>(inSubImgs[0], position);
       for (std::size_t i = 0; i < number; ++i) {
         const double inside = _keepInside ? in[i] : _insideValue;
-        values[i] = (in[i] >= _lower) & (in[i] <= _upper) ? inside : _outsideValue;
+        values[i] = ((in[i] >= _lower) & (in[i] <= _upper)) ? inside : _outsideValue;
       }
     });
   }

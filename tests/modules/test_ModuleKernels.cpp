@@ -129,7 +129,7 @@ TEST(ModuleKernelsTest, NumbersAreRoundedToEvenAndLimited) {
 
 template <class In, class W>
 void expectSums(CombineRows<W> combine) {
-  for (const std::size_t radius : {0, 1, 2, 6}) {
+  for (const std::size_t radius : std::initializer_list<std::size_t>{0, 1, 2, 6}) {
     std::vector<W> weights;
     for (std::size_t k = 0; k <= radius; ++k) weights.push_back(W(1) / static_cast<W>(k + 3));
     for (const std::size_t number : lengths) {
@@ -175,7 +175,7 @@ TEST(ModuleKernelsTest, SumsMoveAndMeansAreExact) {
       version->moveSums[VXuint16Type](add.data(), nullptr, sums.data(), number);
       for (std::size_t i = 0; i < number; ++i) expected[i] += 2 * add[i] - subtract[i];
       ASSERT_EQ(sums, expected);
-      for (const std::size_t size : {1, 3, 5, 7, 9}) {
+      for (const std::size_t size : std::initializer_list<std::size_t>{1, 3, 5, 7, 9}) {
         if (number < size) continue;
         std::vector<VXint32> along(number - size + 1);
         version->sumAlong(add.empty() ? nullptr : sums.data(), size, along.data(), along.size());

@@ -26,7 +26,7 @@ TEST_F(RawLoadTest, ReadsAllTypesInBothByteOrders) {
     const Image image = randomImage(extent, type, 81);
     set(*op, "dataType", VXNameFromDataType(type));
     for (const bool isBig : {false, true}) {
-      for (const std::size_t offset : {0, 77}) {
+      for (const std::size_t offset : std::initializer_list<std::size_t>{0, 77}) {
         set(*op, "filename", folder.write("voxels.raw", bytesOf(image, offset, isBig)));
         set(*op, "offset", std::to_string(offset));
         set(*op, "byteOrder", isBig ? "big" : "little");
