@@ -317,6 +317,32 @@ TEST_F(VxtileTest, StatsCountPagesAndCache) {
       << outcome;
 }
 
+#if VX_MEASURES_MEMORY
+TEST_F(VxtileTest, MemoryStaysWithinTheLimitOfTheCacheAndSixtyFourMegabytes) {
+  const Outcome outcome = runNetwork(R"({
+    "modules": {
+      "pattern": {"type": "TestPattern", "fields": {"pattern": "rings", "extent": [301, 370, 316, 1, 1, 1]}},
+      "smooth": {"type": "Convolution", "fields": {"kernel": "Gauss", "sigma": [1.5, 1.5, 1.5, 0, 0, 0]}},
+      "gradient": {"type": "GradientMagnitude"},
+      "edges": {"type": "Threshold", "fields": {"lower": 5}},
+      "channels": {"type": "SubImage", "fields": {"box": [0, 0, 0, 0, 0, 0, 300, 369, 315, 2, 0, 0]}},
+      "overlay": {"type": "Arithmetic"}
+    },
+    "connections": [
+      {"from": "pattern.output0", "to": "smooth.input0"}, {"from": "smooth.output0", "to": "gradient.input0"},
+      {"from": "gradient.output0", "to": "edges.input0"}, {"from": "edges.output0", "to": "channels.input0"},
+      {"from": "channels.output0", "to": "overlay.input0"}, {"from": "pattern.output0", "to": "overlay.input1"}
+    ],
+    "requests": [{"output": "overlay.output0", "box": "x=150"}, {"output": "overlay.output0", "box": "z=150"}]
+  })",
+                                     {"--stats", "-q", "--cache-kb", "30000"});
+  EXPECT_EQ(outcome.code, 0) << outcome;
+  std::smatch match;
+  ASSERT_TRUE(std::regex_search(outcome.out, match, std::regex("memory   ([0-9]+) KB"))) << outcome;
+  EXPECT_LE(std::stoll(match[1]), 30000 + 64 * 1024) << outcome;
+}
+#endif
+
 TEST_F(VxtileTest, AnInterruptStopsItWithinAPage) {
   const int process = start({"run", "-", "-o", "pattern.output0", "f.raw"},
                             patternNetwork(R"("pattern": "rings", "extent": [1000, 1000, 4000, 1, 1, 1])"));
