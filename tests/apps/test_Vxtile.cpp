@@ -317,7 +317,7 @@ TEST_F(VxtileTest, StatsCountPagesAndCache) {
       << outcome;
 }
 
-#if VX_MEASURES_MEMORY
+#ifdef VX_MEASURES_MEMORY
 TEST_F(VxtileTest, MemoryStaysWithinTheLimitOfTheCacheAndSixtyFourMegabytes) {
   const Outcome outcome = runNetwork(R"({
     "modules": {
