@@ -83,11 +83,12 @@ Row makeRow(const char* name, Kind kind, Answer answer, R (*function)(P...),
     return std::apply([&](const Argument<P>&... argument) { return std::tuple<P...>{argument.good(world)...}; }, *list);
   };
   row.prepare = [=](World& world) -> std::function<long long()> {
-    return [function, &world, values = goodValues(world)]() -> long long {
+    return [function, owner = &world, values = goodValues(world)]() -> long long {
+      (void)owner;
       if constexpr (std::is_arithmetic_v<R>) {
         return static_cast<long long>(std::apply(function, values));
       } else if constexpr (std::is_same_v<R, BaseOp*> || std::is_same_v<R, FieldSensor*>) {
-        world.own(std::apply(function, values));
+        owner->own(std::apply(function, values));
         return 0;
       } else {
         std::apply(function, values);
@@ -106,12 +107,13 @@ Row makeRow(const char* name, Kind kind, Answer answer, R (*function)(P...),
             return std::tuple<P...>{valueOf<J == I>(std::get<J>(*list), bad.value, world)...};
           }
           (std::index_sequence_for<P...>());
-          return [function, values, answer, refusal = bad.refusal]() -> bool {
+          return [function, values, expected = answer, refusal = bad.refusal]() -> bool {
+            (void)expected;
             if constexpr (std::is_void_v<R>) {
               std::apply(function, values);
               return true;
             } else {
-              return isAnswer(std::apply(function, values), answer, refusal);
+              return isAnswer(std::apply(function, values), expected, refusal);
             }
           };
         };
