@@ -14,6 +14,7 @@
 #include <deque>
 #include <fstream>
 #include <memory>
+#include <new>
 #include <random>
 #include <string>
 
@@ -69,6 +70,20 @@ void require(bool condition, const char* what) {
 
 // Networks ------------------------------------------------------------------------------------------------------------
 
+// Voxels at the start of a line of the caches.
+template <class T>
+struct AlignedAllocator {
+  using value_type = T;
+  AlignedAllocator() = default;
+  template <class Other>
+  AlignedAllocator(const AlignedAllocator<Other>&) {}
+  T* allocate(std::size_t n) { return static_cast<T*>(::operator new(n * sizeof(T), std::align_val_t(64))); }
+  void deallocate(T* memory, std::size_t) { ::operator delete(memory, std::align_val_t(64)); }
+  friend bool operator==(const AlignedAllocator&, const AlignedAllocator&) { return true; }
+};
+template <class T>
+using Array = std::vector<T, AlignedAllocator<T>>;
+
 // The image and a second one, and a tile as large as floats of it need, all touched before.
 struct Volume {
   Volume() : voxels(numImageVoxels), others(numImageVoxels), tile(numImageVoxels), copy(numImageVoxels) {
@@ -77,10 +92,10 @@ struct Volume {
       others[i] = static_cast<std::uint16_t>(i * 3 + (i >> 11));
     }
   }
-  std::vector<std::uint16_t> voxels;
-  std::vector<std::uint16_t> others;
-  std::vector<float> tile;
-  std::vector<float> copy;
+  Array<std::uint16_t> voxels;
+  Array<std::uint16_t> others;
+  Array<float> tile;
+  Array<float> copy;
 };
 
 Volume& volume() {
@@ -115,30 +130,37 @@ struct Network {
   }
 };
 
-enum class Road { Straight, PassThrough, Bypassed, InPlace };
+enum class Road { Straight, PassThrough, ReadOnly, Bypassed, InPlace };
 
 void addRoad(Network& network, Road road) {
-  BaseOp& source = network.add<MemorySource>(imageExt, volume().voxels);
+  BaseOp& source = network.add<MemorySource>(imageExt, volume().voxels.data());
   if (road == Road::Straight) return;
   PassThrough& module = network.add<PassThrough>(source);
+  module.setInputsReadOnly(road == Road::ReadOnly);
   if (road == Road::Bypassed) module.setBypass(0, 0);
   if (road == Road::InPlace) module.setOutImgInplace(0, 0);
 }
 
-// The five point modules, at the end of two images. Each is written as its author would: it works in the page.
-void addChain(Network& network, BaseOp& a, BaseOp& b) {
+// How the modules of a chain have their inputs: copied for them, in the memory of their output, or where they are.
+enum class Inputs { Copied, InPlace, ReadOnly };
+
+// The five point modules, at the end of two images.
+void addChain(Network& network, BaseOp& a, BaseOp& b, Inputs inputs) {
   const auto point = [](void (*loop)(const float*, float*, std::size_t)) {
-    return [loop](SubImg* inputs, float* out, std::size_t n) { loop(voxelsOf<float>(inputs[0]), out, n); };
+    return [loop](SubImg* blocks, float* out, std::size_t n) { loop(voxelsOf<float>(blocks[0]), out, n); };
   };
   BaseOp& scaled = network.add<PointModule>(std::initializer_list<BaseOp*>{&a}, point(&subtractAndScale));
   BaseOp& sum = network.add<PointModule>(std::initializer_list<BaseOp*>{&scaled, &b},
-                                         [](SubImg* inputs, float* out, std::size_t n) {
-                                           bench::add(voxelsOf<float>(inputs[0]), voxelsOf<float>(inputs[1]), out, n);
+                                         [](SubImg* blocks, float* out, std::size_t n) {
+                                           bench::add(voxelsOf<float>(blocks[0]), voxelsOf<float>(blocks[1]), out, n);
                                          });
   BaseOp& positive = network.add<PointModule>(std::initializer_list<BaseOp*>{&sum}, point(&absolute));
   BaseOp& cleared = network.add<PointModule>(std::initializer_list<BaseOp*>{&positive}, point(&clearBelow));
   network.add<PointModule>(std::initializer_list<BaseOp*>{&cleared}, point(&scaleDown));
-  for (BaseOp* const module : {&scaled, &sum, &positive, &cleared, &network.end()}) module->setOutImgInplace(0, 0);
+  for (BaseOp* const module : {&scaled, &sum, &positive, &cleared, &network.end()}) {
+    module->setInputsReadOnly(inputs == Inputs::ReadOnly);
+    if (inputs == Inputs::InPlace) module->setOutImgInplace(0, 0);
+  }
 }
 
 // 1. and 2.: the whole image ------------------------------------------------------------------------------------------
@@ -177,16 +199,17 @@ void wholeImage(benchmark::State& state, const std::string& name, Road road, boo
 
 // 3.: five point modules ----------------------------------------------------------------------------------------------
 
-void chain(benchmark::State& state, const std::string& name, VXuint64 cacheKB, double floor, double floorOfTwo) {
+void chain(benchmark::State& state, const std::string& name, Inputs inputs, VXuint64 cacheKB, double floor,
+           double floorOfTwo) {
   Volume& v = volume();
   Network one;
   Network two;
   two.host.setMaxNumThreads(2);
   for (Network* const network : {&one, &two}) {
     if (cacheKB != 0) network->host.getCache().setMaxCacheSizeKB(cacheKB);
-    BaseOp& a = network->add<MemorySource>(imageExt, v.voxels);
-    BaseOp& b = network->add<MemorySource>(imageExt, v.others);
-    addChain(*network, a, b);
+    BaseOp& a = network->add<MemorySource>(imageExt, v.voxels.data());
+    BaseOp& b = network->add<MemorySource>(imageExt, v.others.data());
+    addChain(*network, a, b, inputs);
   }
   const auto request = [&](Network& network) { network.getTile(boxOf(imageExt), VXfloatType, v.tile.data()); };
   const Work limit = [&] {
@@ -214,7 +237,7 @@ void cachedTile(benchmark::State& state, const std::string& name, int numModules
   const TVector<VXint64> ext(512, 512, 32, 1, 1, 1);
   Network network;
   network.host.getCache().setMaxCacheSizeKB(500000);  // so that the end is cached
-  network.add<MemorySource>(ext, volume().voxels);
+  network.add<MemorySource>(ext, volume().voxels.data());
   for (int i = 0; i < numModules; ++i) network.add<PassThrough>(network.end());
   network.getTile(boxOf(ext), VXuint16Type, volume().tile.data());
   std::vector<std::uint16_t> tile(tileSide * tileSide);
@@ -241,10 +264,13 @@ void cachedTile(benchmark::State& state, const std::string& name, int numModules
 
 // One page after the other through ten modules, each page for the first time, beside ten copies of that page. The
 // copies go to memory that was last used as long ago as that of the modules' pages.
-void uncachedPage(benchmark::State& state, const std::string& name) {
+void uncachedPage(benchmark::State& state, const std::string& name, bool areReadOnly) {
   Network network;
-  network.add<MemorySource>(imageExt, volume().voxels);
-  for (int i = 0; i < numPassThroughs; ++i) network.add<PassThrough>(network.end());
+  network.add<MemorySource>(imageExt, volume().voxels.data());
+  for (int i = 0; i < numPassThroughs; ++i) {
+    BaseOp& input = network.end();
+    network.add<PassThrough>(input).setInputsReadOnly(areReadOnly);
+  }
   constexpr std::size_t pageVoxels = 128 * 128;
   std::vector<std::uint16_t> tile(tileSide * tileSide);
   std::size_t nextPage = 0;
@@ -254,8 +280,8 @@ void uncachedPage(benchmark::State& state, const std::string& name) {
     const TVector<VXint64> first(page % 4 * 128, page / 4 % 4 * 128, page / 16, 0, 0, 0);
     return SubImgBox(first, first + TVector<VXint64>(tileSide, tileSide, 1, 1, 1, 1) - TVector<VXint64>(1));
   };
-  std::vector<std::uint16_t> pages(1600 * pageVoxels);
-  std::vector<std::uint16_t> hotPages(2 * pageVoxels);
+  Array<std::uint16_t> pages(1600 * pageVoxels);
+  Array<std::uint16_t> hotPages(2 * pageVoxels);
   std::size_t nextCopy = 0;
   const Work coldCopies = [&] {
     for (int i = 0; i < numPassThroughs; ++i) {
@@ -313,7 +339,7 @@ void chainMemory(benchmark::State& state, const std::string& name, const TVector
       };
       BaseOp& a = network.add<CalculatedSource<std::uint16_t>>(ext, VXuint16Type, row);
       BaseOp& b = network.add<CalculatedSource<std::uint16_t>>(ext, VXuint16Type, row);
-      addChain(network, a, b);
+      addChain(network, a, b, Inputs::ReadOnly);
       SumModule& total = network.add<SumModule>(
           network.end(), [](const SubImg& block) { return static_cast<double>(voxelsOf<float>(block)[0]); });
       require(network.host.processAllPages(total, -1, 0, SubImgBox()) == 0, "The walk failed.");
@@ -373,14 +399,19 @@ void registerAll() {
     const std::string name = isMapped ? "MappedImage/" : "WholeImage/";
     registerOnce(name + "straight", wholeImage, Road::Straight, isMapped, isMapped ? 2.2 : 2.6);
     registerOnce(name + "pass-through", wholeImage, Road::PassThrough, isMapped, isMapped ? 0 : 4.0);
+    registerOnce(name + "pass-through, input only read", wholeImage, Road::ReadOnly, isMapped, isMapped ? 0 : 4.0);
     registerOnce(name + "bypassed", wholeImage, Road::Bypassed, isMapped, isMapped ? 0 : 2.8);
     registerOnce(name + "in place", wholeImage, Road::InPlace, isMapped, isMapped ? 0 : 2.8);
   }
-  registerOnce("Chain/default cache", chain, VXuint64{0}, 6.5, 1.25);
-  registerOnce("Chain/8 MB cache", chain, VXuint64{8192}, 4.0, 1.5);
+  for (const auto& [inputs, text] : {std::pair(Inputs::Copied, "inputs copied"), std::pair(Inputs::InPlace, "in place"),
+                                     std::pair(Inputs::ReadOnly, "inputs only read")}) {
+    registerOnce(std::string("Chain/default cache, ") + text, chain, inputs, VXuint64{0}, 6.5, 1.25);
+    registerOnce(std::string("Chain/8 MB cache, ") + text, chain, inputs, VXuint64{8192}, 4.0, 1.5);
+  }
   registerOnce("CachedTile/straight", cachedTile, 0);
   registerOnce("CachedTile/behind ten modules", cachedTile, numPassThroughs);
-  registerOnce("UncachedPage/through ten modules", uncachedPage);
+  registerOnce("UncachedPage/through ten, inputs copied", uncachedPage, false);
+  registerOnce("UncachedPage/through ten, inputs only read", uncachedPage, true);
   registerOnce("ChainMemory/MB above 50000 KB", chainMemory, imageExt, VXuint64{50000});
   registerOnce("ChainMemory/MB above 8 MB", chainMemory, imageExt, VXuint64{8192});
   registerOnce("ChainMemory/MB above 8 MB, image four times as large", chainMemory,

@@ -25,11 +25,12 @@ T* voxelsOf(const SubImg& block) {
   return static_cast<T*>(block.getData());
 }
 
-/// A module with the input and output that measurements need.
+/// A module that may run on threads and only reads its inputs.
 class BenchModule : public BaseOp {
  public:
   explicit BenchModule(int numInputs, int numOutputs = 1) : BaseOp(numInputs, numOutputs) {
     setThreadSupport(THREAD_SUPPORTED);
+    setInputsReadOnly(true);
   }
   using BaseOp::calcOutSubImage;
 };
@@ -37,10 +38,10 @@ class BenchModule : public BaseOp {
 /// Gives voxels of 2 bytes that it holds in memory.
 class MemorySource : public BenchModule {
  public:
-  MemorySource(const TVector<VXint64>& ext, std::vector<std::uint16_t>& voxels)
+  MemorySource(const TVector<VXint64>& ext, std::uint16_t* voxels)
       : BenchModule(0),
         _ext(ext),
-        _image(SubImgBox(TVector<VXint64>(), ext - TVector<VXint64>(1)), VXuint16Type, voxels.data()) {}
+        _image(SubImgBox(TVector<VXint64>(), ext - TVector<VXint64>(1)), VXuint16Type, voxels) {}
 
   void calcOutImageProps(int outIndex) override {
     getOutImg(outIndex)->setDataType(VXuint16Type);
@@ -108,7 +109,10 @@ class PointModule : public BenchModule {
 /// Means of 3 x 3 voxels, the border of the image repeated outside.
 class MeanModule : public BenchModule {
  public:
-  explicit MeanModule(BaseOp& input) : BenchModule(1) { connectInput(0, input, 0); }
+  explicit MeanModule(BaseOp& input) : BenchModule(1) {
+    setInputsReadOnly(false);
+    connectInput(0, input, 0);
+  }
 
   SubImgBox calcInSubImageBox(int, const SubImgBox& outSubImgBox, int) override {
     const TVector<VXint64> border(1, 1, 0, 0, 0, 0);
