@@ -13,6 +13,7 @@
 #include <cstring>
 #include <deque>
 #include <fstream>
+#include <malloc.h>
 #include <memory>
 #include <new>
 #include <random>
@@ -320,6 +321,7 @@ double statusMB(const char* key) {
 
 // Megabytes that the process takes at most while something runs, above what it takes at the start.
 double peakMBOf(const Work& work) {
+  malloc_trim(0);  // what was used before isn't there for nothing
   std::ofstream("/proc/self/clear_refs") << "5";  // the peak begins anew
   const double before = statusMB("VmRSS:");
   work();
