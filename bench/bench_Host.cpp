@@ -321,7 +321,7 @@ double statusMB(const char* key) {
 
 // Megabytes that the process takes at most while something runs, above what it takes at the start.
 double peakMBOf(const Work& work) {
-  malloc_trim(0);  // what was used before isn't there for nothing
+  malloc_trim(0);                                 // what was used before isn't there for nothing
   std::ofstream("/proc/self/clear_refs") << "5";  // the peak begins anew
   const double before = statusMB("VmRSS:");
   work();

@@ -238,10 +238,10 @@ class VX_EXPORT BaseOp : public Base {
   THREAD_SUPPORT getThreadSupport() const noexcept { return _threadSupport; }
 
   /// Promises that the module doesn't write into its input blocks, nor clears the pages of its inputs while it
-  /// calculates. Where a block is just one page of the input, as it is, it then lies in that page and no copy is made. At
-  /// first nothing is promised. An input that is delivered in place is not meant: it lies in the output's page, which
-  /// is the module's to write.
-  /// \param areReadOnly whether that holds for all inputs, in all calculations from now on.
+  /// calculates. Where a block is just one page of the input, as it is, it then lies in that page and no copy is made.
+  /// At first nothing is promised. An input that is delivered in place is not meant: it lies in the output's page,
+  /// which is the module's to write. \param areReadOnly whether that holds for all inputs, in all calculations from now
+  /// on.
   void setInputsReadOnly(bool areReadOnly) noexcept { _areInputsReadOnly = areReadOnly; }
   /// \return whether it was promised.
   bool areInputsReadOnly() const noexcept { return _areInputsReadOnly; }
