@@ -14,22 +14,21 @@ namespace {
 constexpr const char* shortNames[numStandardTypes] = {"int8",   "uint8", "int16",  "uint16",  "int32",
                                                       "uint32", "float", "double", "ldouble", "int64"};
 
-/// Time that this thread has had a processor for, so that a neighbour's work on the machine isn't counted.
-double threadSeconds() {
+double getSeconds(TimeKind kind) {
   timespec time;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  clock_gettime(kind == TimeKind::Processor ? CLOCK_THREAD_CPUTIME_ID : CLOCK_MONOTONIC, &time);
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
 }  // namespace
 
-std::vector<double> bestTimes(const std::vector<std::function<void()>>& works, int turns, int calls) {
+std::vector<double> bestTimes(const std::vector<std::function<void()>>& works, int turns, int calls, TimeKind kind) {
   std::vector<double> best(works.size(), 1e30);
   for (int turn = 0; turn < turns; ++turn) {
     for (std::size_t i = 0; i < works.size(); ++i) {
-      const double start = threadSeconds();
+      const double start = getSeconds(kind);
       for (int call = 0; call < calls; ++call) works[i]();
-      const double seconds = (threadSeconds() - start) / calls;
+      const double seconds = (getSeconds(kind) - start) / calls;
       best[i] = std::min(best[i], seconds);
     }
   }

@@ -11,9 +11,14 @@
 
 namespace vx::bench {
 
-/// Best times of some pieces of work, in seconds of processor time a call. They take turns, so that all see the same
-/// machine. \param calls calls that are timed together, chosen so that a turn takes long against the clock's step.
-std::vector<double> bestTimes(const std::vector<std::function<void()>>& works, int turns, int calls);
+/// What time is measured: the calling thread's time on a processor, which leaves a neighbour's work on the machine out,
+/// or all the time that goes by, where work is done on several threads.
+enum class TimeKind { Processor, Elapsed };
+
+/// Best times of some pieces of work, in seconds a call. They take turns, so that all see the same machine.
+/// \param calls calls that are timed together, chosen so that a turn takes long against the clock's step.
+std::vector<double> bestTimes(const std::vector<std::function<void()>>& works, int turns, int calls,
+                              TimeKind kind = TimeKind::Processor);
 
 /// Ratios limit / measured by title, output type and input type, gathered over a run; 1 is as fast as the limit.
 class RatioTables {

@@ -237,6 +237,15 @@ class VX_EXPORT BaseOp : public Base {
   /// \return what was said.
   THREAD_SUPPORT getThreadSupport() const noexcept { return _threadSupport; }
 
+  /// Promises that the module doesn't write into its input blocks, nor clears the pages of its inputs while it
+  /// calculates. Where a block is just one page of the input, as it is, it then lies in that page and no copy is made.
+  /// At first nothing is promised. An input that is delivered in place is not meant: it lies in the output's page,
+  /// which is the module's to write. \param areReadOnly whether that holds for all inputs, in all calculations from now
+  /// on.
+  void setInputsReadOnly(bool areReadOnly) noexcept { _areInputsReadOnly = areReadOnly; }
+  /// \return whether it was promised.
+  bool areInputsReadOnly() const noexcept { return _areInputsReadOnly; }
+
   /// Says which voxel types the module takes and gives; an output or an input block of any other makes the output
   /// invalid. At first these are the standard types.
   /// \param permitted stored as it is; an invalid one is reported as an error with ::VX_BAD_PARAMETER and requires what
@@ -325,6 +334,8 @@ class VX_EXPORT BaseOp : public Base {
   bool _isOutput(VXint64 outIndex) const noexcept { return outIndex >= 0 && outIndex < getOutputNum(); }
   // Calls handleNotification() as the setting for exceptions says.
   void _guardedHandleNotification(Field* field);
+
+  bool _areInputsReadOnly = false;
 };
 
 }  // namespace vx

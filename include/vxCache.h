@@ -16,6 +16,7 @@
 namespace vx {
 
 class CachedBuffer;
+class InputBuffers;
 struct CacheState;
 
 /// Buffers of one priority, oldest first.
@@ -133,6 +134,12 @@ class VX_EXPORT Cache {
 
  private:
   friend class CachedBuffer;
+  friend class InputBuffers;
+
+  // Lends a block out of those kept for new buffers, null if there is none of that size; and takes over one that
+  // VXFree() could free.
+  void* _takeWarmBlock(VXuint64 size) noexcept;
+  void _putWarmBlock(void* block, VXuint64 size) noexcept;
 
   explicit Cache(const std::shared_ptr<CacheState>& state);
   static CachedBuffer& _bufferAt(CachedBufferPosition position);

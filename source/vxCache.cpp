@@ -143,6 +143,16 @@ void Cache::_dropBuffers() {
   }
 }
 
+void* Cache::_takeWarmBlock(VXuint64 size) noexcept {
+  const MutexLock lock(_cacheMutex);
+  return _state->warmBlocks.take(size);
+}
+
+void Cache::_putWarmBlock(void* block, VXuint64 size) noexcept {
+  const MutexLock lock(_cacheMutex);
+  _state->warmBlocks.put(block, size);
+}
+
 void Cache::clearCache() {
   const TraceFrame trace("source/vxCache:Cache::clearCache()");
   const MutexLock lock(_cacheMutex);

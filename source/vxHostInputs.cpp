@@ -2,8 +2,10 @@
 // calculated first, by the second station, and then the input blocks are given memory, or left to the worker.
 
 #include "vxBaseOp.h"
+#include "vxCachedBuffer.h"
 #include "vxGuards.h"
 #include "vxHost.h"
+#include "vxPageBytes.h"
 #include "vxPagedImg.h"
 #include "vxProcessingGuards.h"
 #include "vxThreadDataClass.h"
@@ -78,6 +80,20 @@ void provideMemory(MemoryImg& memoryImg, const SubImgBox& box, VXDataType dataTy
   checkFatal(memoryImg.update(nullptr, 0, box, dataType) != VX_NO_MEMORY, VX_NO_MEMORY);
 }
 
+// The memory of the page that an input block is a copy of, if it is one of a whole page and the module only reads it;
+// else null.
+void* findSharedPage(const ThreadDataClass& data, const InputPageData& input, const SubImgBox& box) {
+  if (!data._op->areInputsReadOnly() || input._pageIDs.size() != 1) return nullptr;
+  const PagedImg& inImg = *input._inImg;
+  const VXint64 id = input._pageIDs[0];
+  if (input._dataType != inImg.getDataType() || input._scaleShiftData != ScaleShiftData()) return nullptr;
+  if (inImg.getPageBox(id) != box) return nullptr;
+  const CachedBuffer* const page = inImg.getPage(id, PagedImg::OWN_OR_BYPASSED_PAGE);
+  // The type of the image may have changed since the page got its memory.
+  const bool isWhole = page && page->isLocked() && page->getSize() >= numBytesOrTooMany(inImg.getDataType(), box);
+  return isWhole ? page->getData() : nullptr;
+}
+
 // Gives an input block its memory, and fills it unless a worker does that.
 void provideInput(ThreadDataClass& data, InputPageData& input, SubImg& block) {
   checkFatal(input._inImg != nullptr);
@@ -93,8 +109,8 @@ void provideInput(ThreadDataClass& data, InputPageData& input, SubImg& block) {
     input._inImg->copyPages(input._pageIDs, &block, input._scaleShiftData, PagedImg::OWN_OR_BYPASSED_PAGE);
     memoryImg.setValid(true);
   } else {
-    block.setData(nullptr);
-    input._copyInThread = true;
+    block.setData(findSharedPage(data, input, block.getBox()));
+    input._copyInThread = !block.getData();
   }
 }
 

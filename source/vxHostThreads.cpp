@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <chrono>
 #include <optional>
+#include <utility>
 
 namespace vx {
 
@@ -26,9 +27,19 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds progressInterval(300);
 
-// The memory of the input blocks of one chunk; it goes from page to page and only grows.
+}  // namespace
+
+// The memory of the input blocks of one chunk; it goes from page to page and only grows. At the end it goes where the
+// cache keeps blocks for new pages: a chunk of few pages would spend more time on fresh memory than on its copies.
 class InputBuffers {
  public:
+  explicit InputBuffers(Cache& cache) : _cache(cache) {}
+  ~InputBuffers() {
+    for (const Buffer& buffer : _buffers) _free(buffer);
+  }
+  InputBuffers(const InputBuffers&) = delete;
+  InputBuffers& operator=(const InputBuffers&) = delete;
+
   // \return whether there is enough memory for an input. `data` takes it, null if nothing was ever asked for.
   bool provide(std::size_t inIndex, std::size_t numInputs, VXuint64 bytes, void*& data) noexcept {
     try {
@@ -39,28 +50,37 @@ class InputBuffers {
     }
     Buffer& buffer = _buffers[inIndex];
     if (bytes > buffer.size) {
-      void* const memory = Memory::reallocateMemory(buffer.memory.get(), bytes, VX_FATAL_MEMORY_ERROR);
+      _free(std::exchange(buffer, Buffer()));
+      void* memory = _cache._takeWarmBlock(bytes);
+      if (!memory) memory = Memory::allocateMemory(bytes, VX_FATAL_MEMORY_ERROR);
       if (!memory) return false;
-      static_cast<void>(buffer.memory.release());
-      buffer.memory.reset(memory);
-      buffer.size = bytes;
+      buffer = {memory, bytes};
     }
-    data = buffer.memory.get();
+    data = buffer.memory;
     return true;
   }
 
  private:
   struct Buffer {
-    MemoryPtr<void> memory;
+    void* memory = nullptr;
     VXuint64 size = 0;
   };
+
+  void _free(const Buffer& buffer) noexcept {
+    if (buffer.memory) _cache._putWarmBlock(buffer.memory, buffer.size);
+  }
+
+  Cache& _cache;
   std::vector<Buffer> _buffers;
 };
+
+namespace {
 
 // The calculation of one chunk, on whatever thread. A failure ends the chunk after its page.
 class Chunk {
  public:
-  Chunk(ChunkRun& run, ThreadDataClass* const* records) : _run(run), _records(records) {
+  Chunk(ChunkRun& run, ThreadDataClass* const* records)
+      : _run(run), _records(records), _buffers(records[0]->_host->getCache()) {
     _threadInfo.numPages = records[0]->_numPagesInChunk;
     _threadInfo.isMultithreadingActive = VXIsMultithreadingActive() != 0;
     _threadInfo.threadHandle = records[0]->_threadHandle;

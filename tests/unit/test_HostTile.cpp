@@ -444,6 +444,71 @@ TEST_F(HostTileTest, AnInputOfAnotherTypeIsNotInPlace) {
   EXPECT_EQ(tile(module, boxOf(0, 0, 9, 9)), valuesAt(boxOf(0, 0, 9, 9), sourceValue));
 }
 
+// Inputs that are only read -------------------------------------------------------------------------------------------
+
+class HostReadOnlyInputTest : public HostTileTest {
+ protected:
+  // Requests all of the module; \return how many input blocks lay in the page of the source.
+  int countShared(VXDataType dataType = VXuint16Type) {
+    int numShared = 0;
+    module.onCalcOutSubImage = [&](SubImg& out, int, SubImg* in, ThreadInfo&) {
+      for (VXint64 id = 0; id < source.img().getNumPages(); ++id) {
+        const CachedBuffer* const page = source.img().getPage(id, PagedImg::OWN_PAGE);
+        if (!page || page->getData() != in[0].getData()) continue;
+        ++numShared;
+        EXPECT_GT(page->getLockCount(), 0);
+        EXPECT_EQ(source.img().getPageBox(id), in[0].getBox());
+      }
+      EXPECT_NE(in[0].getData(), out.getData());
+      out.copySubImage(in[0]);
+    };
+    const SubImgBox box = boxOf(0, 0, 49, 39);
+    EXPECT_EQ(tile(module, box, dataType), valuesAt(box, sourceValue));
+    EXPECT_EQ(code, 0);
+    for (VXint64 id = 0; id < source.img().getNumPages(); ++id) {
+      EXPECT_EQ(source.img().getPage(id, PagedImg::OWN_PAGE)->getLockCount(), 0);
+    }
+    return numShared;
+  }
+};
+
+TEST_F(HostReadOnlyInputTest, NothingIsPromisedAtFirst) {
+  EXPECT_FALSE(module.areInputsReadOnly());
+  module.connect(0, source);
+  EXPECT_EQ(countShared(), 0);
+}
+
+TEST_F(HostReadOnlyInputTest, ABlockThatIsAPageLiesInThePage) {
+  module.connect(0, source).setInputsReadOnly(true);
+  EXPECT_TRUE(module.areInputsReadOnly());
+  EXPECT_EQ(countShared(), 12);
+}
+
+TEST_F(HostReadOnlyInputTest, ABlockOfAnotherTypeOrMappingIsCopied) {
+  module.connect(0, source).setInputsReadOnly(true);
+  module.onCalcInSubImageProps = [](int, InSubImageProps& props, int) { props.dataType = VXint32Type; };
+  EXPECT_EQ(countShared(), 0);
+}
+
+TEST_F(HostReadOnlyInputTest, ABlockOfAnotherRegionIsCopied) {
+  module.connect(0, source).setInputsReadOnly(true);
+  module.onCalcInSubImageBox = [](int, const SubImgBox& box, int) {
+    return SubImgBox(box.v1, box.v2 + TVector<VXint64>(1, 0, 0, 0, 0, 0));
+  };
+  EXPECT_EQ(countShared(), 0);
+}
+
+TEST_F(HostReadOnlyInputTest, AnInputInPlaceStaysInPlace) {
+  module.connect(0, source).setInputsReadOnly(true);
+  module.setOutImgInplace(0, 0);
+  int numInPlace = 0;
+  module.onCalcOutSubImage = [&](SubImg& out, int, SubImg* in, ThreadInfo&) {
+    numInPlace += in[0].getData() == out.getData();
+  };
+  EXPECT_EQ(tile(module, boxOf(0, 0, 49, 39)), valuesAt(boxOf(0, 0, 49, 39), sourceValue));
+  EXPECT_EQ(numInPlace, 12);
+}
+
 // Bypass -------------------------------------------------------------------------------------------------------------
 
 TEST_F(HostTileTest, ABypassedModuleDeliversThePagesOfItsInput) {

@@ -365,5 +365,33 @@ TEST_F(TSubImgTest, ASingleVoxelIsOneValue) {
   EXPECT_FALSE(TSubImg<VXint32>(SubImg(SubImgBox(), VXint32Type, &memory)).isOneValued());
 }
 
+// Rows of a block that exceeds the caches go another way. Neither a border nor what lies beside the rows is touched.
+TEST_F(TSubImgTest, RowsOfALargeBlockAreCopiedConvertedAndMapped) {
+  const SubImgBox large({0, 0, 0, 0, 0, 0}, {1023, 1023, 8, 0, 0, 0});
+  const SubImgBox part({37, 5, 1, 0, 0, 0}, {37 + 200, 9, 7, 0, 0, 0});
+  std::vector<VXuint16> copied(1024 * 1024 * 9, 9);
+  std::vector<float> converted(1024 * 1024 * 9, 9.0F);
+  std::vector<float> mapped(1024 * 1024 * 9, 9.0F);
+  std::vector<VXuint16> from(201 * 5 * 7);
+  for (std::size_t i = 0; i < from.size(); ++i) from[i] = static_cast<VXuint16>(i * 31);
+  const SubImg in(part, VXuint16Type, from.data());
+  SubImg(large, VXuint16Type, copied.data()).copySubImage(in);
+  SubImg(large, VXfloatType, converted.data()).copySubImage(in);
+  SubImg(large, VXfloatType, mapped.data()).copySubImage(in, ScaleShiftData(2, -1));
+  std::size_t i = 0;
+  std::size_t numWrong = 0;
+  for (VXint64 z = 0; z < 9; ++z) {
+    for (VXint64 y = 0; y < 1024; ++y) {
+      for (VXint64 x = 0; x < 1024; ++x, ++i) {
+        const bool isInside = x >= 37 && x <= 237 && y >= 5 && y <= 9 && z >= 1 && z <= 7;
+        const VXuint16 value = isInside ? from[static_cast<std::size_t>(((z - 1) * 5 + y - 5) * 201 + x - 37)] : 9;
+        numWrong += copied[i] != value || converted[i] != static_cast<float>(value) ||
+                    mapped[i] != (isInside ? static_cast<float>(value) * 2 - 1 : 9.0F);
+      }
+    }
+  }
+  EXPECT_EQ(numWrong, 0U);
+}
+
 }  // namespace
 }  // namespace vx::test
