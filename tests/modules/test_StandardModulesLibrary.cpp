@@ -7,9 +7,10 @@
 namespace vx::test {
 namespace {
 
-const char* const moduleNames[] = {"Arithmetic", "Convolution", "GradientMagnitude", "ImageStatistics", "Median",
-                                   "NiftiLoad",  "Projection",  "RawLoad",           "Reformat",        "Resample",
-                                   "ScaleShift", "SubImage",    "Switch",            "TestPattern",     "Threshold"};
+const char* const moduleNames[] = {"Arithmetic", "Convolution", "GradientMagnitude", "ImageStatistics",
+                                   "Median",     "NiftiLoad",   "Projection",        "RawLoad",
+                                   "Reformat",   "Resample",    "ScaleShift",        "SubImage",
+                                   "Switch",     "TestPattern", "Threshold"};
 
 class StandardModulesLibraryTest : public ModuleFixture {};
 
@@ -22,7 +23,8 @@ TEST_F(StandardModulesLibraryTest, ItRegistersItsModulesAndNothingElse) {
   }
   std::sort(names.begin(), names.end());
   EXPECT_EQ(names, std::vector<std::string>(std::begin(moduleNames), std::end(moduleNames)));
-  for (const char* name : moduleNames) EXPECT_EQ(Runtime::fromName(name)->getParent(), BaseOp::getClassTypeId()) << name;
+  for (const char* name : moduleNames)
+    EXPECT_EQ(Runtime::fromName(name)->getParent(), BaseOp::getClassTypeId()) << name;
 }
 
 TEST_F(StandardModulesLibraryTest, ModulesAreMadeAndDestroyedWithoutAWord) {
@@ -38,10 +40,33 @@ TEST_F(StandardModulesLibraryTest, ModulesAreMadeAndDestroyedWithoutAWord) {
 }
 
 TEST_F(StandardModulesLibraryTest, AnyTextInAnyFieldGivesAnImageOrAStateThatSaysWhy) {
-  const char* const texts[] = {"",     "0",       "1",         "-1",       "2",          "1e300",     "-1e300",      "nan",
-                               "-nan", "inf",     "1e18",      "-9e18",    "3000000000", "0.1",       "abc",         "%n%s",
-                               "0 0 0 0 0 0",     "1 1 1 1 1 1", "-5 -5 -5 -5 -5 -5 9 9 9 9 9 9", "1e9 1e9 1e9 1e9 1e9 1e9",
-                               "7 7 7 7 7 7", "1e-30 1 1 1 1 1", "zyxctu", "/dev/null", "/dev/zero", "1000", "65536"};
+  const char* const texts[] = {"",
+                               "0",
+                               "1",
+                               "-1",
+                               "2",
+                               "1e300",
+                               "-1e300",
+                               "nan",
+                               "-nan",
+                               "inf",
+                               "1e18",
+                               "-9e18",
+                               "3000000000",
+                               "0.1",
+                               "abc",
+                               "%n%s",
+                               "0 0 0 0 0 0",
+                               "1 1 1 1 1 1",
+                               "-5 -5 -5 -5 -5 -5 9 9 9 9 9 9",
+                               "1e9 1e9 1e9 1e9 1e9 1e9",
+                               "7 7 7 7 7 7",
+                               "1e-30 1 1 1 1 1",
+                               "zyxctu",
+                               "/dev/null",
+                               "/dev/zero",
+                               "1000",
+                               "65536"};
   const Image image = randomImage({9, 8, 7, 2, 2, 2}, VXint16Type, 5);
   ImageSource source(image, {4, 4, 4, 1, 1, 1});
   for (const char* name : moduleNames) {
