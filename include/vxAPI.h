@@ -461,8 +461,9 @@ VX_C_API VXErrorCode VXGetMemoryImgSize(VXField* outField, unsigned int* numByte
 
 /// Calculates a box of voxels.
 ///
-/// Voxels of the box that lie outside of the image are not written. After a failure the tile may be filled in part; a
-/// buffer that was allocated is given back by the caller all the same.
+/// Voxels of the box that lie outside of the image are not written, except where a page at the border reaches beyond
+/// it: they hold whatever the module wrote there. After a failure the tile may be filled in part; a buffer that was
+/// allocated is given back by the caller all the same.
 /// \param outField field of an output. \param memory the address of the buffer's address; null is refused. A null
 ///        address lets the library allocate a buffer, which the caller gives back by VXImageFreeTile(); another one is
 ///        that of a buffer of the caller's with room for the whole box, x fastest and u slowest.
