@@ -1,5 +1,6 @@
 #include "console.h"
 
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -10,10 +11,11 @@ namespace vxtile {
 
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
-static_assert(sizeof(std::sig_atomic_t) <= sizeof(int));
+// A signal sets it, and modules on worker threads ask for it.
+std::atomic<bool> interrupted = false;
+static_assert(std::atomic<bool>::is_always_lock_free);
 
-extern "C" void noteInterrupt(int) { interrupted = 1; }
+extern "C" void noteInterrupt(int) { interrupted.store(true, std::memory_order_relaxed); }
 
 // What is on the last line of the terminal, and since when.
 struct ProgressLine {
@@ -71,6 +73,6 @@ void catchInterrupts() {
   ::sigaction(SIGTERM, &action, nullptr);
 }
 
-bool isInterrupted() { return interrupted != 0; }
+bool isInterrupted() { return interrupted.load(std::memory_order_relaxed); }
 
 }  // namespace vxtile
