@@ -75,6 +75,39 @@ class BufferLock {
   CachedBuffer& _buffer;
 };
 
+// What becomes of a failure at one of the places that make a result of it.
+struct FailurePlace {
+  const char* name;       // in front of the name of the module, where an error code was thrown
+  VXErrorCode otherCode;  // the result of everything else that is thrown
+  const char* otherReason;
+  const char* caller;  // behind the name of the module, where everything else was thrown
+};
+
+constexpr FailurePlace tileIntoBuffer{"Host::getTile() on module ", VX_UNKNOWN_EXCEPTION, "Ignoring function call.",
+                                      " called by Host::getTile()"};
+constexpr FailurePlace tileCore{"Host::_getTileCore( ) on module ", VX_UNINITIALIZED_RESULT,
+                                "Returning uninitialized memory.", " called by Host::_getTileCore()"};
+constexpr FailurePlace allPages{"Host::processAllPages( ) on module ", VX_UNINITIALIZED_RESULT,
+                                "Returning uninitialized memory.", " called by Host::_getTileCore()"};
+constexpr FailurePlace groupOfPages{"Host::_processPagesHelper() on module ", VX_UNKNOWN_EXCEPTION,
+                                    "Ignoring function call.", " called by Host::getTile()"};
+
+// \return what `body` returns, or the code of its failure, which has been reported.
+template <class Body>
+int resultOf(const FailurePlace& place, const BaseOp& op, Body&& body) {
+  int result = VX_RESULT_OK;
+  guardProcessing([&] { result = body(); },
+                  [&](int code) {
+                    reportThrownCode(code, place.name, op);
+                    result = failureCode(code);
+                  },
+                  [&] {
+                    reportUnknownException(place.otherCode, place.otherReason, "Module ", op, place.caller);
+                    result = place.otherCode;
+                  });
+  return result;
+}
+
 // A request has failures of its own; one inside another leaves those of the outer one alone.
 class ErrorCountScope {
  public:
@@ -124,23 +157,11 @@ int Host::getTile(BaseOp& op, VXint64 outIndex, SubImgBox box, int dataType, Cac
                   const ScaleShiftData& scaleShift) {
   const TraceFrame trace("source/vxHost:Host::getTile()");
   if (!isOutput(op, outIndex)) return VX_BAD_OUTPUT_INDEX;
-  int result = VX_RESULT_OK;
-  guardProcessing(
-      [&] {
-        buffer.init(_cache, 0, numBytesChecked(dataType, box), nullptr);
-        const BufferLock lock(buffer);  // the request flushes the cache
-        result = _getTileCore(op, outIndex, box, dataType, buffer.getData(), scaleShift);
-      },
-      [&](int code) {
-        reportThrownCode(code, "Host::getTile() on module ", op);
-        result = failureCode(code);
-      },
-      [&] {
-        reportUnknownException(VX_UNKNOWN_EXCEPTION, "Ignoring function call.", "Module ", op,
-                               " called by Host::getTile()");
-        result = VX_UNKNOWN_EXCEPTION;
-      });
-  return result;
+  return resultOf(tileIntoBuffer, op, [&] {
+    buffer.init(_cache, 0, numBytesChecked(dataType, box), nullptr);
+    const BufferLock lock(buffer);  // the request flushes the cache
+    return _getTileCore(op, outIndex, box, dataType, buffer.getData(), scaleShift);
+  });
 }
 
 void Host::freeTile(void* data) {
@@ -154,18 +175,8 @@ int Host::_getTileCore(BaseOp& op, VXint64 outIndex, const SubImgBox& box, int d
   if (!isOutput(op, outIndex)) return VX_BAD_OUTPUT_INDEX;
   PagedImg* const outImg = op.getOutImg(outIndex);
   if (!outImg) return VX_UNKNOWN_EXCEPTION;
-  int result = VX_RESULT_OK;
-  guardProcessing([&] { result = _processPagesHelper(op, outIndex, box, dataType, data, scaleShift, false, *outImg); },
-                  [&](int code) {
-                    reportThrownCode(code, "Host::_getTileCore( ) on module ", op);
-                    result = failureCode(code);
-                  },
-                  [&] {
-                    reportUnknownException(VX_UNINITIALIZED_RESULT, "Returning uninitialized memory.", "Module ", op,
-                                           " called by Host::_getTileCore()");
-                    result = VX_UNINITIALIZED_RESULT;
-                  });
-  return result;
+  return resultOf(tileCore, op,
+                  [&] { return _processPagesHelper(op, outIndex, box, dataType, data, scaleShift, false, *outImg); });
 }
 
 int Host::processAllPages(BaseOp& op, VXint64 outIndex, VXint64 inIndex, SubImgBox box) {
@@ -180,30 +191,15 @@ int Host::processAllPages(BaseOp& op, VXint64 outIndex, VXint64 inIndex, SubImgB
   if (outIndex >= 0) {
     if (const int code = updateImageProps(op, outIndex)) return code;
   }
-  int result = VX_RESULT_OK;
-  guardProcessing(
-      [&] {
-        PagedImg walkedThrough(nullptr, -1);
-        if (outIndex == -1) walkedThrough.setImgProps(*op.getInImg(inIndex, false));
-        PagedImg* const img = outIndex == -1 ? &walkedThrough : op.getOutImg(outIndex);
-        if (!img) {
-          result = VX_UNKNOWN_EXCEPTION;
-          return;
-        }
-        img->clearPageListAndMemoryImg();
-        result = _processPagesHelper(op, outIndex, box.isEmpty() ? img->getBoxFromImgExt() : box, VXuint8Type, nullptr,
-                                     ScaleShiftData(), true, *img);
-      },
-      [&](int code) {
-        reportThrownCode(code, "Host::processAllPages( ) on module ", op);
-        result = failureCode(code);
-      },
-      [&] {
-        reportUnknownException(VX_UNINITIALIZED_RESULT, "Returning uninitialized memory.", "Module ", op,
-                               " called by Host::_getTileCore()");
-        result = VX_UNINITIALIZED_RESULT;
-      });
-  return result;
+  return resultOf(allPages, op, [&]() -> int {
+    PagedImg walkedThrough(nullptr, -1);
+    if (outIndex == -1) walkedThrough.setImgProps(*op.getInImg(inIndex, false));
+    PagedImg* const img = outIndex == -1 ? &walkedThrough : op.getOutImg(outIndex);
+    if (!img) return VX_UNKNOWN_EXCEPTION;
+    img->clearPageListAndMemoryImg();
+    return _processPagesHelper(op, outIndex, box.isEmpty() ? img->getBoxFromImgExt() : box, VXuint8Type, nullptr,
+                               ScaleShiftData(), true, *img);
+  });
 }
 
 // Groups --------------------------------------------------------------------------------------------------------------
@@ -251,17 +247,10 @@ int Host::_processGroups(BaseOp& op, VXint64 outIndex, SubImg& tile, const Scale
 
 int Host::_processGroup(BaseOp& op, VXint64 outIndex, const std::vector<VXint64>& ids, SubImg& tile,
                         const ScaleShiftData& scaleShift, bool isProcessAllPages, PagedImg& outImg) {
-  int result = VX_RESULT_OK;
-  guardProcessing([&] { _calcPages(op, outImg, outIndex, ids, 0, outIndex < 0); },
-                  [&](int code) {
-                    reportThrownCode(code, "Host::_processPagesHelper() on module ", op);
-                    result = failureCode(code);
-                  },
-                  [&] {
-                    reportUnknownException(VX_UNKNOWN_EXCEPTION, "Ignoring function call.", "Module ", op,
-                                           " called by Host::getTile()");
-                    result = VX_UNKNOWN_EXCEPTION;
-                  });
+  const int result = resultOf(groupOfPages, op, [&]() -> int {
+    _calcPages(op, outImg, outIndex, ids, 0, outIndex < 0);
+    return VX_RESULT_OK;
+  });
   if (result == VX_RESULT_OK && !isProcessAllPages) {
     const GroupLocks locks(outImg, ids);
     outImg.copyPages(ids, &tile, scaleShift, PagedImg::OWN_OR_BYPASSED_PAGE);
