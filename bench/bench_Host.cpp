@@ -36,6 +36,7 @@ SubImgBox boxOf(const TVector<VXint64>& ext) { return SubImgBox(TVector<VXint64>
 
 struct Result {
   std::string name;
+  double seconds;
   double value;
   double floor;  // 0 for none
   bool isLeast;  // whether the value must reach the floor, not stay below it
@@ -47,13 +48,13 @@ void conclude(benchmark::State& state, const std::string& name, double seconds, 
   state.SetIterationTime(seconds);
   state.counters["value"] = value;
   if (floor > 0) state.counters["floor"] = floor;
-  results.push_back({name, value, floor, isLeast});
+  results.push_back({name, seconds, value, floor, isLeast});
 }
 
 void printResults() {
-  std::printf("\n%-66s %8s %8s\n", "", "measured", "floor");
+  std::printf("\n%-80s %10s %8s %8s\n", "", "ms", "measured", "floor");
   for (const Result& result : results) {
-    std::printf("%-66s %8.2f", result.name.c_str(), result.value);
+    std::printf("%-80s %10.4f %8.2f", result.name.c_str(), result.seconds * 1000, result.value);
     if (result.floor > 0) {
       const bool isMet = result.isLeast ? result.value >= result.floor : result.value <= result.floor;
       std::printf(" %8.2f%s", result.floor, isMet ? "" : "  missed");
@@ -164,13 +165,29 @@ void addChain(Network& network, BaseOp& a, BaseOp& b, Inputs inputs) {
   }
 }
 
-// 1. and 2.: the whole image ------------------------------------------------------------------------------------------
+// 1. to 3.: whole images ----------------------------------------------------------------------------------------------
 
-void wholeImage(benchmark::State& state, const std::string& name, Road road, bool isMapped, double floor) {
+// A request on one thread, beside its limit; the tile must hold the same afterwards.
+void besideLimit(benchmark::State& state, const std::string& name, const std::function<void(Network&)>& request,
+                 Network& network, const Work& limit, std::size_t numBytes, double floor) {
+  const auto best = bestTimes({limit, [&] { request(network); }}, largeTurns, 1);
+  require(std::memcmp(volume().tile.data(), volume().copy.data(), numBytes) == 0, "Wrong voxels.");
+  conclude(state, name, best[1], best[1] / best[0], floor);
+}
+
+// The same request on two threads beside one.
+void besideOneThread(benchmark::State& state, const std::string& name, const std::function<void(Network&)>& request,
+                     Network& one, Network& two, double floor) {
+  two.host.setMaxNumThreads(2);
+  const auto best = bestTimes({[&] { request(one); }, [&] { request(two); }}, largeTurns, 1, TimeKind::Elapsed);
+  conclude(state, name, best[1], best[0] / best[1], floor, true);
+}
+
+void wholeImage(benchmark::State& state, const std::string& name, Road road, bool isMapped, int numThreads,
+                double floor) {
   Volume& v = volume();
   Network one;
   Network two;
-  two.host.setMaxNumThreads(2);
   addRoad(one, road);
   addRoad(two, road);
   const ScaleShiftData mapping(0.5, 3);
@@ -190,22 +207,17 @@ void wholeImage(benchmark::State& state, const std::string& name, Road road, boo
     benchmark::ClobberMemory();
   };
   for (auto _ : state) {
-    const auto best = bestTimes({limit, [&] { request(one); }}, largeTurns, 1);
-    require(std::memcmp(v.tile.data(), v.copy.data(), numImageVoxels * (isMapped ? 4 : 2)) == 0, "Wrong voxels.");
-    conclude(state, name, best[1], best[1] / best[0], floor);
-    const auto both = bestTimes({[&] { request(one); }, [&] { request(two); }}, largeTurns, 1, TimeKind::Elapsed);
-    conclude(state, name + ", two threads by one", both[1], both[0] / both[1], 1, true);
+    if (numThreads == 1) besideLimit(state, name, request, one, limit, numImageVoxels * (isMapped ? 4 : 2), floor);
+    if (numThreads == 2) besideOneThread(state, name, request, one, two, floor);
   }
 }
 
-// 3.: five point modules ----------------------------------------------------------------------------------------------
-
-void chain(benchmark::State& state, const std::string& name, Inputs inputs, VXuint64 cacheKB, double floor,
-           double floorOfTwo) {
+// Five point modules.
+void chain(benchmark::State& state, const std::string& name, Inputs inputs, VXuint64 cacheKB, int numThreads,
+           double floor) {
   Volume& v = volume();
   Network one;
   Network two;
-  two.host.setMaxNumThreads(2);
   for (Network* const network : {&one, &two}) {
     if (cacheKB != 0) network->host.getCache().setMaxCacheSizeKB(cacheKB);
     BaseOp& a = network->add<MemorySource>(imageExt, v.voxels.data());
@@ -218,11 +230,8 @@ void chain(benchmark::State& state, const std::string& name, Inputs inputs, VXui
     benchmark::ClobberMemory();
   };
   for (auto _ : state) {
-    const auto best = bestTimes({limit, [&] { request(one); }}, largeTurns, 1);
-    require(std::memcmp(v.tile.data(), v.copy.data(), numImageVoxels * 4) == 0, "Wrong voxels.");
-    conclude(state, name, best[1], best[1] / best[0], floor);
-    const auto both = bestTimes({[&] { request(one); }, [&] { request(two); }}, largeTurns, 1, TimeKind::Elapsed);
-    conclude(state, name + ", two threads by one", both[1], both[0] / both[1], floorOfTwo, true);
+    if (numThreads == 1) besideLimit(state, name, request, one, limit, numImageVoxels * 4, floor);
+    if (numThreads == 2) besideOneThread(state, name, request, one, two, floor);
   }
 }
 
@@ -396,19 +405,32 @@ void registerOnce(const std::string& name, Function function, Arguments... argum
       ->Unit(benchmark::kMicrosecond);
 }
 
+const std::string twoThreads = ", two threads by one";
+
 void registerAll() {
-  for (const bool isMapped : {false, true}) {
-    const std::string name = isMapped ? "MappedImage/" : "WholeImage/";
-    registerOnce(name + "straight", wholeImage, Road::Straight, isMapped, isMapped ? 2.2 : 2.6);
-    registerOnce(name + "pass-through", wholeImage, Road::PassThrough, isMapped, isMapped ? 0 : 4.0);
-    registerOnce(name + "pass-through, input only read", wholeImage, Road::ReadOnly, isMapped, isMapped ? 0 : 4.0);
-    registerOnce(name + "bypassed", wholeImage, Road::Bypassed, isMapped, isMapped ? 0 : 2.8);
-    registerOnce(name + "in place", wholeImage, Road::InPlace, isMapped, isMapped ? 0 : 2.8);
+  struct RoadRow {
+    Road road;
+    const char* text;
+    double floor;
+    double floorMapped;
+  };
+  for (const RoadRow& row :
+       {RoadRow{Road::Straight, "straight", 2.6, 2.2}, RoadRow{Road::PassThrough, "pass-through", 4.0, 0},
+        RoadRow{Road::ReadOnly, "pass-through, input only read", 4.0, 0}, RoadRow{Road::Bypassed, "bypassed", 2.8, 0},
+        RoadRow{Road::InPlace, "in place", 2.8, 0}}) {
+    for (const bool isMapped : {false, true}) {
+      const std::string name = std::string(isMapped ? "MappedImage/" : "WholeImage/") + row.text;
+      registerOnce(name, wholeImage, row.road, isMapped, 1, isMapped ? row.floorMapped : row.floor);
+      registerOnce(name + twoThreads, wholeImage, row.road, isMapped, 2, 1.0);
+    }
   }
   for (const auto& [inputs, text] : {std::pair(Inputs::Copied, "inputs copied"), std::pair(Inputs::InPlace, "in place"),
                                      std::pair(Inputs::ReadOnly, "inputs only read")}) {
-    registerOnce(std::string("Chain/default cache, ") + text, chain, inputs, VXuint64{0}, 6.5, 1.25);
-    registerOnce(std::string("Chain/8 MB cache, ") + text, chain, inputs, VXuint64{8192}, 4.0, 1.5);
+    for (const VXuint64 cacheKB : {0, 8192}) {
+      const std::string name = (cacheKB == 0 ? "Chain/default cache, " : "Chain/8 MB cache, ") + std::string(text);
+      registerOnce(name, chain, inputs, cacheKB, 1, cacheKB == 0 ? 6.5 : 4.0);
+      registerOnce(name + twoThreads, chain, inputs, cacheKB, 2, cacheKB == 0 ? 1.25 : 1.5);
+    }
   }
   registerOnce("CachedTile/straight", cachedTile, 0);
   registerOnce("CachedTile/behind ten modules", cachedTile, numPassThroughs);
