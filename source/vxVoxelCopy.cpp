@@ -18,6 +18,7 @@ using Byte = unsigned char;
 constexpr std::size_t lineBytes = 64;             // of the caches
 constexpr std::size_t prefetchedRowBytes = 4096;  // longer rows are found by the processor itself
 constexpr std::size_t prefetchDistance = 4096;    // bytes of rows that are on the way at a time
+constexpr int toSecondCache = 2;                  // the first one has room for few lines that are on the way
 
 // Rows that are apart in memory end before the processor sees that they go on: the rows to come are asked for in time.
 class RowPrefetch {
@@ -53,7 +54,7 @@ class RowPrefetch {
   static void prefetch(const Byte* row, VXuint64 step, std::size_t rowBytes) {
     const auto first = reinterpret_cast<std::uintptr_t>(row) + step;
     for (std::size_t i = 0; i < rowBytes; i += lineBytes) {
-      __builtin_prefetch(reinterpret_cast<const void*>(first + i), isWritten);
+      __builtin_prefetch(reinterpret_cast<const void*>(first + i), isWritten, toSecondCache);
     }
   }
 
