@@ -136,10 +136,15 @@ class VX_EXPORT Cache {
   friend class CachedBuffer;
   friend class InputBuffers;
 
-  // Lends a block out of those kept for new buffers, null if there is none of that size; and takes over one that
-  // VXFree() could free.
-  void* _takeWarmBlock(VXuint64 size) noexcept;
-  void _putWarmBlock(void* block, VXuint64 size) noexcept;
+  // What the functions of similar names do, for those who hold the mutex by way of the state. A place that was left is
+  // kept for the next buffer, so that most of them come and go without an allocation.
+  CachedBufferPosition _append(VXuint64 priority, CachedBuffer& buffer);
+  void _remove(CachedBufferPosition position) noexcept;
+  void _move(CachedBufferPosition position, VXuint64 newPriority) noexcept;
+
+  // Lends a block as those of buffers, null without memory; and takes it back.
+  void* _takeBlock(VXuint64 size) noexcept;
+  void _putBlock(void* block, VXuint64 size) noexcept;
 
   explicit Cache(const std::shared_ptr<CacheState>& state);
   static CachedBuffer& _bufferAt(CachedBufferPosition position);
@@ -147,6 +152,8 @@ class VX_EXPORT Cache {
   void _dropBuffers() VX_REQUIRES(_cacheMutex);
   void _clearBuffers() noexcept VX_REQUIRES(_cacheMutex);
 
+  static constexpr std::size_t _maxSparePlaces = 256;
+  CachedBufferList _sparePlaces VX_GUARDED_BY(_cacheMutex);
   std::shared_ptr<CacheState> _state;  // shared with the buffers; constant after construction
 };
 

@@ -107,8 +107,13 @@ class VX_EXPORT CachedBuffer {
  private:
   friend class Cache;
 
+  friend class PagedImg;
+
+  void _init(Cache& cache, VXuint64 priority, VXuint64 size, void* data, bool isLocked);
   CacheState& _requireCacheState() const;
+  void _lock(CacheState& state) noexcept;
   bool _leaveCache() noexcept;
+  void _leaveLockedCache() noexcept;
   void _freeBlock() noexcept;
   void _reset() noexcept;
   void _clearInitialized() noexcept;

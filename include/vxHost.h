@@ -209,6 +209,7 @@ class VX_EXPORT Host {
   void _calcPages(BaseOp& op, PagedImg& outImg, VXint64 outIndex, const std::vector<VXint64>& ids, VXuint64 depth,
                   bool hasNoOutput);
   void _preparePage(PageGroup& group, std::size_t position);
+  CachedBuffer& _makePage(const PageGroup& group, VXint64 id, SubImg& block);
   // The inputs of a page:
   void _initializePageData(ThreadDataClass& data, bool isFirstPage, unsigned long depth);
   void _requestInput(ThreadDataClass& data, VXint64 inIndex, bool isFirstPage, unsigned long depth);

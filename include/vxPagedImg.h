@@ -196,6 +196,8 @@ class VX_EXPORT PagedImg : public MedicalImageProperties {
   void _reallocPages(VXint64 count);
   void _deletePageList();
   bool _isPageID(VXint64 id) const noexcept;
+  // As initPage(); the page may begin locked.
+  CachedBuffer& _initPage(Cache& cache, VXint64 id, VXuint64 priority, VXuint64 size, void* data, bool isLocked);
   // A page as a block, without data unless the page has memory for all of its voxels.
   SubImg _wrapPage(VXint64 id, BYPASS_TYPES type) const;
   // Runs a tile request, unless the image is free-standing, which is reported.

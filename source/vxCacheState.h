@@ -3,8 +3,8 @@
 #ifndef VX_CACHE_STATE_H
 #define VX_CACHE_STATE_H
 
+#include "vxBlockSlabs.h"
 #include "vxCache.h"
-#include "vxUtilsAPI.h"
 #include "vxWarmBlocks.h"
 
 #include <algorithm>
@@ -43,15 +43,16 @@ struct CacheState {
   ByteSum held;                        // bytes of all buffers in the lists
   ByteSum locked;                      // those of them that are locked
   VXuint64 peak = 0;                   // the greatest `held` so far
-  WarmBlocks warmBlocks{Cache::maxWarmBytes};
+  BlockSlabs slabs;
+  WarmBlocks warmBlocks{slabs, Cache::maxWarmBytes};
 
   // A block of that size; null without memory. What is kept in free blocks gives way to it.
   void* allocate(VXuint64 size) noexcept {
     if (void* const warm = warmBlocks.take(size)) return warm;
-    void* const block = VXAlloc(size, VX_RETURN_NULL);
+    void* const block = slabs.allocate(size);
     if (block || warmBlocks.getBytes() == 0) return block;
     warmBlocks.clear();
-    return VXAlloc(size, VX_RETURN_NULL);
+    return slabs.allocate(size);
   }
 };
 

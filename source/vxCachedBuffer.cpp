@@ -23,6 +23,11 @@ static_assert(std::size(priorityThresholds) == Cache::numPriorities - 1);
 // The voxels of a page that the thresholds are meant for.
 constexpr double voxelsOfMeasure = 262144.0;
 
+const TimeCounter& anyTime() {
+  static const TimeCounter time;
+  return time;
+}
+
 VXuint64 clampPriority(VXuint64 priority) { return std::min(priority, Cache::numPriorities - 1); }
 
 // The address of a reference; null where the caller's own pointer was. The compiler would take it for certain that a
@@ -34,7 +39,8 @@ Cache* addressOf(Cache& cache) {
 
 }  // namespace
 
-CachedBuffer::CachedBuffer() = default;
+// The watches are started by init(); to read the clock for them before that would be for nothing.
+CachedBuffer::CachedBuffer() : _creationTime(anyTime()), _lastLockTime(anyTime()) {}
 
 CachedBuffer::CachedBuffer(const CachedBuffer& /*other*/) {
   report(VX_FATAL, "CachedBuffer::CachedBuffer(const CachedBuffer &)", VX_MISUSED_INTERFACE,
@@ -67,11 +73,16 @@ bool CachedBuffer::_leaveCache() noexcept {
   if (!_cacheState) return false;
   const MutexLock lock(_cacheState->mutex);
   if (!isInitialized()) return false;
+  _leaveLockedCache();
+  return true;
+}
+
+// The same for an initialised buffer, with the mutex held.
+void CachedBuffer::_leaveLockedCache() noexcept {
   if (isLocked()) _cacheState->locked.subtract(_size);
-  _cacheState->cache.load(std::memory_order_relaxed)->removeBuffer(_listIndex, _listPosition);
+  _cacheState->cache.load(std::memory_order_relaxed)->_remove(_listPosition);
   _lockCount.store(-1, std::memory_order_relaxed);
   _listPosition = CachedBufferPosition();
-  return true;
 }
 
 void CachedBuffer::_freeBlock() noexcept {
@@ -92,12 +103,17 @@ void CachedBuffer::_reset() noexcept {
 }
 
 void CachedBuffer::_clearInitialized() noexcept {
-  _leaveCache();
+  _leaveLockedCache();
   _freeBlock();
   _reset();
 }
 
 void CachedBuffer::init(Cache& cache, VXuint64 priority, VXuint64 size, void* data) {
+  _init(cache, priority, size, data, false);
+}
+
+// A buffer that begins locked spares the second visit to the cache.
+void CachedBuffer::_init(Cache& cache, VXuint64 priority, VXuint64 size, void* data, bool isLocked) {
   const TraceFrame trace("source/vxCachedBuffer:CachedBuffer::init()");
   if (!addressOf(cache)) throw static_cast<int>(VX_BAD_INTERNAL_POINTER);
 
@@ -109,7 +125,10 @@ void CachedBuffer::init(Cache& cache, VXuint64 priority, VXuint64 size, void* da
   }
   const MutexLock lock(_cacheState->mutex);
   _cache = &cache;
-  if (isInitialized()) hasBlock = _leaveCache();
+  if (isInitialized()) {
+    _leaveLockedCache();
+    hasBlock = true;
+  }
   _priority.store(clampPriority(priority), std::memory_order_relaxed);
 
   if (data) {
@@ -131,7 +150,7 @@ void CachedBuffer::init(Cache& cache, VXuint64 priority, VXuint64 size, void* da
 
   _size = size;
   try {
-    _listPosition = cache.addBuffer(getPriority(), this);
+    _listPosition = cache._append(getPriority(), *this);
   } catch (const std::bad_alloc&) {
     if (!data) _freeBlock();
     _data = nullptr;
@@ -141,20 +160,26 @@ void CachedBuffer::init(Cache& cache, VXuint64 priority, VXuint64 size, void* da
   _lockCount.store(0, std::memory_order_relaxed);
   _creationTime.reset();
   _lastLockTime = _creationTime;
+  if (isLocked) _lock(*_cacheState);
+}
+
+// Counts a lock of an initialised buffer; when, is for the caller to note.
+void CachedBuffer::_lock(CacheState& state) noexcept {
+  const VXint64 lockCount = getLockCount();
+  if (lockCount == 0) state.locked.add(_size);
+  _lockCount.store(lockCount + 1, std::memory_order_relaxed);
+  ++_totalLockCount;
 }
 
 void CachedBuffer::lock() {
   CacheState& state = _requireCacheState();
   const MutexLock lock(state.mutex);
   checkFatal(state.cache.load(std::memory_order_relaxed) != nullptr);
-  const VXint64 lockCount = getLockCount();
-  if (lockCount < 0) {
+  if (!isInitialized()) {
     report(VX_ERROR, "CachedBuffer::lock()", VX_MISUSED_INTERFACE, "Buffer is not initialized and cannot be locked.");
     return;
   }
-  if (lockCount == 0) state.locked.add(_size);
-  _lockCount.store(lockCount + 1, std::memory_order_relaxed);
-  ++_totalLockCount;
+  _lock(state);
   _lastLockTime.reset();
 }
 
@@ -183,7 +208,7 @@ void CachedBuffer::setPriority(VXuint64 priority) {
   const MutexLock lock(state.mutex);
   checkFatal(state.cache.load(std::memory_order_relaxed) != nullptr);
   if (!isInitialized()) return;
-  state.cache.load(std::memory_order_relaxed)->changePriorityList(_listPosition, priority);
+  state.cache.load(std::memory_order_relaxed)->_move(_listPosition, priority);
   _priority.store(priority, std::memory_order_relaxed);
 }
 

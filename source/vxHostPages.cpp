@@ -40,22 +40,6 @@ ThreadDataClass& addRecord(const PageGroup& group, Host& host) {
   });
 }
 
-// Makes the page, locked, and describes it in the block. New pages have the greatest priority, so as not to go first.
-CachedBuffer& makePage(const PageGroup& group, VXint64 id, Cache& cache, SubImg& block) {
-  constexpr VXuint64 priority = 9;
-  PagedImg& outImg = group.outImg;
-  block.setImgProps(outImg);
-  block.setBox(outImg.getPageBox(id));
-  const VXuint64 bytes = group.hasNoOutput ? 0 : numBytesChecked(outImg.getDataType(), block.getBox());
-  withMemory([&] { outImg.initPage(cache, id, priority, bytes, nullptr); });
-  CachedBuffer* const page = outImg.getPage(id, PagedImg::OWN_PAGE);
-  checkFatal(page != nullptr);
-  page->lock();
-  block.setDataType(outImg.getDataType());
-  block.setData(group.hasNoOutput ? nullptr : page->getData());
-  return *page;
-}
-
 // Fills the page from the memory image if that holds all of it. The page is cheap then and goes first.
 bool fillFromMemoryImg(const PageGroup& group, SubImg& block, CachedBuffer& page) {
   const MemoryImg& memoryImg = group.outImg.getMemoryImg();
@@ -143,13 +127,27 @@ void Host::_preparePage(PageGroup& group, std::size_t position) {
     return;
   }
   ThreadDataClass& record = addRecord(group, *this);
-  record._outPage = &makePage(group, id, _cache, *record._outSubImg);
+  record._outPage = &_makePage(group, id, *record._outSubImg);
   if (fillFromMemoryImg(group, *record._outSubImg, *record._outPage)) {
     group.level.removeLastRecord();
     return;
   }
   _initializePageData(record, position == 0, static_cast<unsigned long>(group.depth));
   takeBypassedPage(group, id);
+}
+
+// Makes the page, locked, and describes it in the block. New pages have the greatest priority, so as not to go first.
+CachedBuffer& Host::_makePage(const PageGroup& group, VXint64 id, SubImg& block) {
+  constexpr VXuint64 priority = 9;
+  PagedImg& outImg = group.outImg;
+  block.setImgProps(outImg);
+  block.setBox(outImg.getPageBox(id));
+  const VXuint64 bytes = group.hasNoOutput ? 0 : numBytesChecked(outImg.getDataType(), block.getBox());
+  CachedBuffer& page =
+      withMemory([&]() -> CachedBuffer& { return outImg._initPage(_cache, id, priority, bytes, nullptr, true); });
+  block.setDataType(outImg.getDataType());
+  block.setData(group.hasNoOutput ? nullptr : page.getData());
+  return page;
 }
 
 }  // namespace vx

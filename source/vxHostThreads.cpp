@@ -51,8 +51,8 @@ class InputBuffers {
     Buffer& buffer = _buffers[inIndex];
     if (bytes > buffer.size) {
       _free(std::exchange(buffer, Buffer()));
-      void* memory = _cache._takeWarmBlock(bytes);
-      if (!memory) memory = Memory::allocateMemory(bytes, VX_FATAL_MEMORY_ERROR);
+      void* memory = _cache._takeBlock(bytes);
+      if (!memory) memory = Memory::allocateMemory(bytes, VX_FATAL_MEMORY_ERROR);  // which tells of it
       if (!memory) return false;
       buffer = {memory, bytes};
     }
@@ -67,7 +67,7 @@ class InputBuffers {
   };
 
   void _free(const Buffer& buffer) noexcept {
-    if (buffer.memory) _cache._putWarmBlock(buffer.memory, buffer.size);
+    if (buffer.memory) _cache._putBlock(buffer.memory, buffer.size);
   }
 
   Cache& _cache;

@@ -58,19 +58,16 @@ SubImgBox PagedImg::getPageBox(VXint64 id) const {
   return SubImgBox(corner, corner + _pageExt - TVector<VXint64>(1));
 }
 
-void PagedImg::getPageIDs(std::vector<VXint64>& ids, const SubImgBox& box) const {
-  getPageIDs(ids, box, _imgExt, _pageExt);
+namespace {
+
+SubImgBox regionInImage(const SubImgBox& box, const TVector<VXint64>& imgExt) {
+  return SubImgBox::intersect(box, SubImgBox(TVector<VXint64>(), imgExt - TVector<VXint64>(1)));
 }
 
-void PagedImg::getPageIDs(std::vector<VXint64>& ids, const SubImgBox& box, const TVector<VXint64>& imgExt,
-                          const TVector<VXint64>& pageExt) {
-  const TraceFrame trace("source/vxPagedImg:PagedImg::getPageIDs()");
-  ids.clear();
-  const SubImgBox region = SubImgBox::intersect(box, SubImgBox(TVector<VXint64>(), imgExt - TVector<VXint64>(1)));
-  if (region.isEmpty()) return;
+// Appends the pages of a region that isn't empty. Their ids are apart by `strides`.
+void listPageIDs(std::vector<VXint64>& ids, const SubImgBox& region, const TVector<VXint64>& pageExt,
+                 const TVector<VXint64>& strides) {
   const SubImgBox pages(region.v1 / pageExt, region.v2 / pageExt);
-  const TVector<VXint64> strides = ceilQuotient(imgExt, pageExt).getStrides();
-
   VXuint64 numPages = 0;
   try {
     if (!pages.getNumVoxelsChecked(numPages)) throw std::length_error("");
@@ -87,20 +84,43 @@ void PagedImg::getPageIDs(std::vector<VXint64>& ids, const SubImgBox& box, const
   });
 }
 
+}  // namespace
+
+void PagedImg::getPageIDs(std::vector<VXint64>& ids, const SubImgBox& box) const {
+  const TraceFrame trace("source/vxPagedImg:PagedImg::getPageIDs()");
+  ids.clear();
+  const SubImgBox region = regionInImage(box, _imgExt);
+  if (!region.isEmpty()) listPageIDs(ids, region, _pageExt, _pageStride);
+}
+
+void PagedImg::getPageIDs(std::vector<VXint64>& ids, const SubImgBox& box, const TVector<VXint64>& imgExt,
+                          const TVector<VXint64>& pageExt) {
+  const TraceFrame trace("source/vxPagedImg:PagedImg::getPageIDs()");
+  ids.clear();
+  const SubImgBox region = regionInImage(box, imgExt);
+  if (!region.isEmpty()) listPageIDs(ids, region, pageExt, ceilQuotient(imgExt, pageExt).getStrides());
+}
+
 // Coming and going ----------------------------------------------------------------------------------------------------
 
 void PagedImg::initPage(Cache& cache, VXint64 id, VXuint64 priority, VXuint64 size, void* data) {
+  _initPage(cache, id, priority, size, data, false);
+}
+
+CachedBuffer& PagedImg::_initPage(Cache& cache, VXint64 id, VXuint64 priority, VXuint64 size, void* data,
+                                  bool isLocked) {
   const TraceFrame trace("source/vxPagedImg:PagedImg::initPage()");
   checkFatal(_isPageID(id), VX_BAD_PAGE_ID);
   if (CachedBuffer* const page = _pages[id]) {
-    page->init(cache, priority, size, data);
+    page->_init(cache, priority, size, data, isLocked);
   } else {
     std::unique_ptr<CachedBuffer> newPage(guardedNew<CachedBuffer>(SourcePosition()));
     if (!newPage) throw static_cast<int>(VX_NO_MEMORY);
-    newPage->init(cache, priority, size, data);
+    newPage->_init(cache, priority, size, data, isLocked);
     _pages[id] = newPage.release();
   }
   _noPagesCalculated = false;
+  return *_pages[id];
 }
 
 void PagedImg::removePage(VXint64 id, bool removeAlsoIfLocked) {

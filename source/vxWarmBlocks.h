@@ -9,17 +9,19 @@
 
 namespace vx {
 
+class BlockSlabs;
+
 // A bounded store of free blocks. The system zeroes and maps fresh memory page by page at the first touch, which costs
 // several times what a copy into the block costs; a block that was in use before is mapped already.
 //
-// The store keeps its books in the blocks themselves and so never allocates. Blocks come from VXAlloc() and end in
-// VXFree(). The one who uses a store locks it.
+// The store keeps its books in the blocks themselves and so never allocates. Blocks go to the slabs at last, wherever
+// they came from. The one who uses a store locks it.
 class WarmBlocks {
  public:
   // Smaller blocks share pages of the system with others, and are left to the system's own store.
   static constexpr VXuint64 minBlockSize = 1024;
 
-  explicit WarmBlocks(VXuint64 maxBytes) noexcept : _maxBytes(maxBytes) {}
+  WarmBlocks(BlockSlabs& slabs, VXuint64 maxBytes) noexcept : _slabs(slabs), _maxBytes(maxBytes) {}
   ~WarmBlocks() { clear(); }
   WarmBlocks(const WarmBlocks&) = delete;
   WarmBlocks& operator=(const WarmBlocks&) = delete;
@@ -45,7 +47,9 @@ class WarmBlocks {
 
   Block*& _bin(VXuint64 size) noexcept;
   void _unlink(Block* block) noexcept;
+  void _free(Block* block) noexcept;
 
+  BlockSlabs& _slabs;
   VXuint64 _maxBytes;
   VXuint64 _bytes = 0;
   Block* _oldest = nullptr;

@@ -52,6 +52,9 @@ template <class T>
 constexpr T wrapDivide(T a, T b) noexcept {
   if constexpr (std::is_integral_v<T> && std::is_signed_v<T>) {
     if (b == T(-1)) return wrapSubtract(T(0), a);
+    // Most positions and extents are that small, and a division takes longer than all else around it.
+    if (b == T(1)) return a;
+    if (a >= T(0) && a < b) return T(0);
   }
   return static_cast<T>(a / b);
 }

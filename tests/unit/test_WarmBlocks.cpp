@@ -1,3 +1,4 @@
+#include "vxBlockSlabs.h"
 #include "vxUtilsAPI.h"
 #include "vxWarmBlocks.h"
 
@@ -19,7 +20,8 @@ void* newBlock(VXuint64 size) {
 }
 
 TEST(WarmBlocksTest, AreEmptyAtFirst) {
-  WarmBlocks blocks(100 * KB);
+  BlockSlabs slabs;
+  WarmBlocks blocks(slabs, 100 * KB);
   EXPECT_EQ(blocks.getBytes(), 0U);
   EXPECT_EQ(blocks.take(KB), nullptr);
   EXPECT_EQ(blocks.take(0), nullptr);
@@ -28,7 +30,8 @@ TEST(WarmBlocksTest, AreEmptyAtFirst) {
 }
 
 TEST(WarmBlocksTest, TheLastOfASizeComesBackFirst) {
-  WarmBlocks blocks(100 * KB);
+  BlockSlabs slabs;
+  WarmBlocks blocks(slabs, 100 * KB);
   void* const first = newBlock(4 * KB);
   void* const second = newBlock(4 * KB);
   void* const other = newBlock(8 * KB);
@@ -50,7 +53,8 @@ TEST(WarmBlocksTest, TheLastOfASizeComesBackFirst) {
 }
 
 TEST(WarmBlocksTest, TheOldestGoAtTheBound) {
-  WarmBlocks blocks(10 * KB);
+  BlockSlabs slabs;
+  WarmBlocks blocks(slabs, 10 * KB);
   void* const old = newBlock(6 * KB);
   void* const young = newBlock(4 * KB);
   blocks.put(old, 6 * KB);
@@ -65,7 +69,8 @@ TEST(WarmBlocksTest, TheOldestGoAtTheBound) {
 }
 
 TEST(WarmBlocksTest, WhatDoesNotSuitIsFreed) {
-  WarmBlocks blocks(10 * KB);
+  BlockSlabs slabs;
+  WarmBlocks blocks(slabs, 10 * KB);
   blocks.put(newBlock(10 * KB + 1), 10 * KB + 1);
   blocks.put(newBlock(WarmBlocks::minBlockSize - 1), WarmBlocks::minBlockSize - 1);
   blocks.put(newBlock(1), 0);
@@ -80,7 +85,8 @@ TEST(WarmBlocksTest, WhatDoesNotSuitIsFreed) {
 TEST(WarmBlocksTest, KeepTheirBooksOverRandomUse) {
   constexpr VXuint64 bound = 256 * KB;
   std::mt19937 random(7);
-  WarmBlocks blocks(bound);
+  BlockSlabs slabs;
+  WarmBlocks blocks(slabs, bound);
   std::map<void*, VXuint64> used;
   for (int step = 0; step < 20000; ++step) {
     const VXuint64 size = KB + random() % 40 * 512;

@@ -1,0 +1,65 @@
+// Blocks of fresh memory, cut from slabs that lie in huge pages of the system.
+
+#ifndef VX_BLOCK_SLABS_H
+#define VX_BLOCK_SLABS_H
+
+#include "vxTypes.h"
+
+#include <map>
+
+namespace vx {
+
+// Where blocks of pages come from and go to at last. Pages of an image that go round in a cache larger than the caches
+// of the processor are written and read through some ten thousand usual pages of the system, each with an address to
+// translate; in huge ones a copy takes three quarters of the time.
+//
+// Blocks are cut one after the other and never come back to their place: those of one size are kept for each other by
+// WarmBlocks, and when all of a slab are free, so is the slab. The memory of a free block goes back to the system at
+// once, where the system can take it. Small use stays with VXAlloc(): a huge page is taken whole or not at all.
+//
+// The one who uses it locks it.
+class BlockSlabs {
+ public:
+  // Blocks of other sizes come from VXAlloc() alone.
+  static constexpr VXuint64 minBlockSize = 16 << 10;
+  static constexpr VXuint64 maxBlockSize = 1 << 20;
+  // As many bytes in blocks of VXAlloc() come before the first slab.
+  static constexpr VXuint64 plainBytes = 4 << 20;
+  // The blocks of a slab at most.
+  static constexpr VXuint64 slabBytes = 8 << 20;
+
+  BlockSlabs() = default;
+  // All blocks must be back.
+  ~BlockSlabs() = default;
+  BlockSlabs(const BlockSlabs&) = delete;
+  BlockSlabs& operator=(const BlockSlabs&) = delete;
+
+  // A block of at least that size, aligned as those of VXAlloc(), with any contents; null without memory.
+  void* allocate(VXuint64 size) noexcept;
+
+  // Takes back a block from allocate(), or one from VXAlloc().
+  // \param size as it was asked for.
+  void free(void* block, VXuint64 size) noexcept;
+
+  // The number of slabs, all of which hold a block at least.
+  std::size_t getNumSlabs() const noexcept { return _slabs.size(); }
+
+ private:
+  struct Slab {
+    void* memory;      // from VXAlloc(); the blocks begin at the first huge page in it
+    VXuint64 cut;      // bytes of blocks that were ever cut
+    VXuint64 numUsed;  // blocks in use
+  };
+  using Slabs = std::map<unsigned char*, Slab>;  // by the first byte of the blocks
+
+  Slabs::iterator _findSlab(const void* block) noexcept;
+  bool _addSlab() noexcept;
+
+  Slabs _slabs;
+  Slabs::iterator _newest = _slabs.end();  // the one that blocks are cut from
+  VXuint64 _plainBytes = 0;                // in use, of sizes that slabs serve
+};
+
+}  // namespace vx
+
+#endif
