@@ -2,6 +2,8 @@
 
 #include "vxThread.h"
 
+#include <thread>
+
 namespace vx {
 
 ChunkRun::~ChunkRun() {
@@ -12,10 +14,13 @@ ChunkRun::~ChunkRun() {
 }
 
 void ChunkRun::startWorker(void (*entry)(void*), ThreadDataClass** chunk) {
-  // The worker finds its handle in the record, since it begins by locking the mutex.
+  // Without the mutex: a worker that begins meanwhile would have to sleep for it.
+  ThreadDataClass& firstRecord = **chunk;
+  firstRecord._threadHandle = StartThread(entry, 0, chunk);
+  firstRecord._hasHandle.store(true, std::memory_order_release);
+  if (!firstRecord._threadHandle.valid) return;
   const MutexLock lock(_mutex);
-  (*chunk)->_threadHandle = StartThread(entry, 0, chunk);
-  if ((*chunk)->_threadHandle.valid) _counters.threadStarted();
+  _counters.threadStarted();
 }
 
 void ChunkRun::allWorkersStarted() {
@@ -48,9 +53,12 @@ void ChunkRun::rethrow() const {
 
 ChunkRun::Worker::Worker(ChunkRun& run, const ThreadDataClass& firstRecord) : _run(run), _isWorker(false) {
   if (!run._isThreaded) return;
-  const MutexLock lock(run._mutex);
+  // The requesting thread is between two instructions, unless it lost its processor.
+  while (!firstRecord._hasHandle.load(std::memory_order_acquire)) std::this_thread::yield();
   _isWorker = firstRecord._threadHandle.valid;
-  if (_isWorker) run._counters.threadBegins();
+  if (!_isWorker) return;
+  const MutexLock lock(run._mutex);
+  run._counters.threadBegins();
 }
 
 ChunkRun::Worker::~Worker() {

@@ -1,4 +1,5 @@
-// Marks for the address sanitizer: use of memory that lies free in a store is as wrong as of memory that was given back.
+// Marks for the address sanitizer: use of memory that lies free in a store is as wrong as of memory that was given
+// back.
 
 #ifndef VX_MEMORY_POISON_H
 #define VX_MEMORY_POISON_H

@@ -44,6 +44,7 @@ void ThreadDataClass::assign(BaseOp* op, PagedImg* outImg, VXint64 outIndex, Sub
   });
   for (InputPageData& input : _inputData) input.reset();
   _threadHandle = {};
+  _hasHandle.store(false, std::memory_order_relaxed);
   _numPagesInChunk = 0;
   _errorCode = 0;
   _isCalculated = false;

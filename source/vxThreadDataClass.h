@@ -7,6 +7,7 @@
 #include "vxSubImg.h"
 #include "vxThread.h"
 
+#include <atomic>
 #include <vector>
 
 namespace vx {
@@ -67,6 +68,7 @@ class ThreadDataClass {
   std::vector<InputPageData> _inputData;  // one for each input
   std::vector<SubImg> _inSubImgs;         // one for each input, as calcOutSubImage() receives them
   ThreadHandle _threadHandle;             // of the chunk, valid in its first record if a worker was started
+  std::atomic<bool> _hasHandle{false};    // whether the handle is there; its own worker may be earlier
   VXint32 _numPagesInChunk = 0;           // valid in the first record of a chunk
   VXint32 _errorCode = 0;                 // 0, or what was caught when the page was calculated
   bool _isCalculated = false;             // the module has calculated the page

@@ -6,6 +6,7 @@
 #include "vxTimeCounter.h"
 
 #include <atomic>
+#include <chrono>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <set>
@@ -41,6 +42,47 @@ TEST(StartThread, RunsTheFunctionWithItsArgumentAndGivesEachThreadItsOwnHandle) 
   gate.waitFor(4);
   EXPECT_EQ(threads.size(), 4U);
   EXPECT_EQ(threads.count(0), 0U);
+}
+
+// What a thread of StartThread() is for the system.
+pthread_t threadOf(unsigned int stackSize) {
+  static std::atomic<pthread_t> id;
+  static Gate gate;
+  const int before = gate.numPassed;
+  EXPECT_TRUE(StartThread(
+                  [](void*) {
+                    id = pthread_self();
+                    gate.pass();
+                  },
+                  stackSize, nullptr)
+                  .valid);
+  gate.waitFor(before + 1);
+  return id;
+}
+
+TEST(StartThread, AThreadThatIsDoneMayBeStartedAgain) {
+  // It waits a while for that; whether it does so already isn't known when it has passed the gate.
+  bool isSame = false;
+  for (int i = 0; i < 1000 && !isSame; ++i) {
+    const pthread_t first = threadOf(0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    isSame = pthread_equal(first, threadOf(0)) != 0;
+  }
+  EXPECT_TRUE(isSame);
+}
+
+TEST(StartThread, AStackIsMadeForTheThreadThatAsksForIt) {
+  const pthread_t waiting = threadOf(0);
+  std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  EXPECT_FALSE(pthread_equal(waiting, threadOf(1U << 20)));
+}
+
+TEST(StartThread, ThreadsThatWaitForWorkAreEnded) {
+  threadOf(0);
+  const TimeCounter time;
+  EXPECT_TRUE(waitForThreads(10000));
+  EXPECT_LT(time.getRunningTimeInSeconds(), 5);
+  EXPECT_TRUE(waitForThreads(0));
 }
 
 TEST(StartThread, WithoutAFunctionThereIsNoThread) {

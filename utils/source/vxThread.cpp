@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cxxabi.h>
 #include <memory>
 #include <mutex>
@@ -17,17 +18,26 @@ namespace vx {
 
 namespace {
 
-// A thread that was started and has not been joined yet.
+// A thread that was started and has not been joined yet. Having done its work, it stays for a while to be started
+// again, which takes a fraction of the time: a run on threads is often followed by the next one.
 struct Thread {
-  void (*entry)(void*);
+  void (*entry)(void*);  // null while it waits for work
   void* argument;
-  pthread_t id;
-  std::atomic<bool> hasReturned;
-  Thread* next;
+  bool isKept;  // whether it may wait for more
+  pthread_t id{};
+  std::atomic<bool> hasReturned{false};
+  Thread* next = nullptr;
+  Thread* nextIdle = nullptr;
+  std::condition_variable wake{};
 };
 
-constinit std::mutex threadsMutex;  // guards the list; a leaf
+constexpr std::chrono::milliseconds idleTime(20);
+constexpr int maxNumIdle = 16;
+
+constinit std::mutex threadsMutex;  // guards the lists, and the work of idle threads; a leaf
 constinit Thread* firstThread = nullptr;
+constinit Thread* firstIdle = nullptr;
+constinit int numIdle = 0;
 constinit std::atomic<pid_t> threadsOwner{0};  // the process that the list is of: a fork copies it without the threads
 
 bool ownsThreads() { return threadsOwner.load() == getpid(); }
@@ -35,14 +45,62 @@ bool ownsThreads() { return threadsOwner.load() == getpid(); }
 void own() {
   const std::lock_guard lock(threadsMutex);
   firstThread = nullptr;
+  firstIdle = nullptr;
+  numIdle = 0;
   threadsOwner.store(getpid());
+}
+
+// Takes a thread out of those that wait for work, if it is one. Called with the mutex held.
+void removeIdle(const Thread* thread) {
+  for (Thread** link = &firstIdle; *link; link = &(*link)->nextIdle) {
+    if (*link != thread) continue;
+    *link = thread->nextIdle;
+    --numIdle;
+    return;
+  }
+}
+
+// Waits for work. \return whether some came.
+bool waitForWork(Thread& thread) {
+  std::unique_lock lock(threadsMutex);
+  if (!thread.isKept || numIdle >= maxNumIdle) return false;
+  thread.entry = nullptr;
+  thread.nextIdle = firstIdle;
+  firstIdle = &thread;
+  ++numIdle;
+  thread.wake.wait_for(lock, idleTime, [&thread] { return thread.entry || !thread.isKept; });
+  if (thread.entry) return true;
+  removeIdle(&thread);
+  return false;
+}
+
+// Gives work to a thread that waits for some. \return whether there is one.
+bool startIdle(void (*entry)(void*), void* argument) {
+  const std::lock_guard lock(threadsMutex);
+  Thread* const thread = firstIdle;
+  if (!thread) return false;
+  removeIdle(thread);
+  thread->entry = entry;
+  thread->argument = argument;
+  thread->wake.notify_one();
+  return true;
+}
+
+void endIdle() {
+  const std::lock_guard lock(threadsMutex);
+  for (Thread* thread = firstIdle; thread; thread = thread->nextIdle) {
+    thread->isKept = false;
+    thread->wake.notify_one();
+  }
 }
 
 // The runtime hands out a null reference for pthread_exit(), which the sanitizer takes amiss.
 __attribute__((no_sanitize("null"))) void* runThread(void* data) {
   auto& thread = *static_cast<Thread*>(data);
   try {
-    thread.entry(thread.argument);
+    do {
+      thread.entry(thread.argument);
+    } while (waitForWork(thread));
   } catch (abi::__forced_unwind&) {  // pthread_exit(), which must pass
     thread.hasReturned.store(true);
     throw;
@@ -116,10 +174,12 @@ std::atomic<std::uintptr_t> lastThread{0};
 ThreadHandle StartThread(void (*entry)(void*), unsigned int stackSize, void* argument) {
   if (!entry) return {};
   ownsThreads() ? joinReturned() : own();
+  // What is asked of the stack, a thread has from its beginning.
+  if (stackSize == 0 && startIdle(entry, argument)) return {true, ++lastThread};
   ThreadAttributes attributes;
   if (!attributes.isValid()) return {};
   if (stackSize != 0 && !attributes.setStackSize(stackSize)) return {};
-  std::unique_ptr<Thread> thread(new (std::nothrow) Thread{entry, argument, {}, false, nullptr});
+  std::unique_ptr<Thread> thread(new (std::nothrow) Thread{entry, argument, stackSize == 0});
   if (!thread) return {};
   if (pthread_create(&thread->id, attributes.get(), &runThread, thread.get()) != 0) return {};
   enlist(thread.release());
@@ -130,6 +190,7 @@ bool waitForThreads(unsigned int milliseconds) {
   if (!ownsThreads()) return true;
   const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
   for (;;) {
+    endIdle();
     joinReturned();
     if (isOnlyThisThreadRunning()) return true;
     if (std::chrono::steady_clock::now() >= end) return false;
