@@ -10,6 +10,7 @@ namespace {
 
 constexpr int vectorBytes = 32;
 constexpr bool canStream = true;
+constexpr bool mapsFasterInFloat = true;
 
 /// Writes 64 aligned bytes past the caches.
 inline void streamLine(const unsigned char* from, unsigned char* to) {
@@ -138,7 +139,17 @@ struct FloatLanes {
   static constexpr bool has64Bits = false;
   __m256 v;
 
+  static FloatLanes all(float value) { return {_mm256_set1_ps(value)}; }
+  FloatLanes times(FloatLanes other) const { return {_mm256_mul_ps(v, other.v)}; }
+  FloatLanes plus(FloatLanes other) const { return {_mm256_add_ps(v, other.v)}; }
+
   static FloatLanes load(const unsigned char* p) { return {_mm256_loadu_ps(reinterpret_cast<const float*>(p))}; }
+  static FloatLanes load(const unsigned char* p, VXint16) {
+    return {_mm256_cvtepi32_ps(_mm256_cvtepi16_epi32(load128(p)))};
+  }
+  static FloatLanes load(const unsigned char* p, VXuint16) {
+    return {_mm256_cvtepi32_ps(_mm256_cvtepu16_epi32(load128(p)))};
+  }
 
   template <class T>
   void store(unsigned char* p, T type) const {

@@ -10,6 +10,7 @@ namespace {
 
 constexpr int vectorBytes = 64;
 constexpr bool canStream = true;
+constexpr bool mapsFasterInFloat = true;
 
 /// Writes 64 aligned bytes past the caches.
 inline void streamLine(const unsigned char* from, unsigned char* to) {
@@ -94,7 +95,17 @@ struct FloatLanes {
   static constexpr bool has64Bits = true;
   __m512 v;
 
+  static FloatLanes all(float value) { return {_mm512_set1_ps(value)}; }
+  FloatLanes times(FloatLanes other) const { return {_mm512_mul_ps(v, other.v)}; }
+  FloatLanes plus(FloatLanes other) const { return {_mm512_add_ps(v, other.v)}; }
+
   static FloatLanes load(const unsigned char* p) { return {_mm512_loadu_ps(p)}; }
+  static FloatLanes load(const unsigned char* p, VXint16) {
+    return {_mm512_cvtepi32_ps(_mm512_cvtepi16_epi32(load256(p)))};
+  }
+  static FloatLanes load(const unsigned char* p, VXuint16) {
+    return {_mm512_cvtepi32_ps(_mm512_cvtepu16_epi32(load256(p)))};
+  }
 
   __m512i as32Bits() const { return _mm512_cvttps_epi32(v); }
 

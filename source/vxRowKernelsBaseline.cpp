@@ -17,6 +17,7 @@ namespace {
 
 constexpr int vectorBytes = 16;
 constexpr bool canStream = VX_HAS_SSE2;
+constexpr bool mapsFasterInFloat = false;
 
 #if VX_HAS_SSE2
 

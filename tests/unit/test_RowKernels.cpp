@@ -365,6 +365,112 @@ TEST(RowKernelsTest, LongRunsAreMappedInPlace) {
   }
 }
 
+// Long runs of 16-bit voxels, which are mapped in single precision where that is exact
+// -----------------------------------
+
+/// The least length of such runs.
+constexpr std::size_t longRun = std::size_t(1) << 20;
+
+/// All voxels of a 16-bit type over and over.
+template <class In>
+std::vector<In> allVoxelsRepeated(std::size_t n) {
+  std::vector<In> in(n);
+  for (std::size_t i = 0; i < n; ++i) in[i] = static_cast<In>(i);
+  return in;
+}
+
+/// The number of voxels of a 16-bit type that single precision maps to something else than double precision.
+template <class Out, class In>
+int countDifferentInFloat(const Mapping& m) {
+  int count = 0;
+  for (int i = std::numeric_limits<In>::min(); i <= std::numeric_limits<In>::max(); ++i) {
+    const float product = static_cast<float>(i) * static_cast<float>(m.scale);
+    const float sum = product + static_cast<float>(m.shift);
+    if (truncateTo<Out>(static_cast<double>(sum)) != mapVoxel<Out>(static_cast<In>(i), m.scale, m.shift)) ++count;
+  }
+  return count;
+}
+
+/// Maps a run at odd addresses with every version, and compares each voxel and the memory around the result.
+template <class Out, class In>
+void checkMappedRun(VXDataType outType, VXDataType inType, std::size_t n, const Mapping& m, std::size_t inOffset,
+                    std::size_t outOffset) {
+  std::vector<Out> results;
+  for (int i = 0; i < 65536; ++i) results.push_back(mapVoxel<Out>(static_cast<In>(i), m.scale, m.shift));
+  const Bytes voxels = toBytes(allVoxelsRepeated<In>(n));
+  Bytes in(inOffset, untouched);
+  in.insert(in.end(), voxels.begin(), voxels.end());
+  Bytes wanted(outOffset + n * sizeof(Out) + 64, untouched);
+  for (std::size_t i = 0; i < n; ++i) {
+    std::memcpy(wanted.data() + outOffset + i * sizeof(Out), &results[i % results.size()], sizeof(Out));
+  }
+  for (const Version& version : supportedVersions()) {
+    Bytes out(wanted.size(), untouched);
+    const auto map = rowKernelsFor(version.set).convertScaled[outType][inType];
+    map(in.data() + inOffset, out.data() + outOffset, n, m.scale, m.shift);
+    EXPECT_TRUE(out == wanted) << describe(version, outType, inType) << ", " << n << " voxels, scale " << m.scale
+                               << ", shift " << m.shift;
+  }
+}
+
+/// Calls `f(value of Out, outType, value of In, inType)` for the pairs from 16 to 8 bits.
+template <class Function>
+void forEachNarrowingPair(Function f) {
+  forEachPair([&](auto out, VXDataType outType, auto in, VXDataType inType) {
+    if constexpr (sizeof(out) == 1 && sizeof(in) == 2) f(out, outType, in, inType);
+  });
+}
+
+TEST(RowKernelsTest, LongRunsOf16BitsAreMappedAsInDouble) {
+  forEachNarrowingPair([](auto outTag, VXDataType outType, auto inTag, VXDataType inType) {
+    for (const Mapping& m : mappings) {
+      checkMappedRun<decltype(outTag), decltype(inTag)>(outType, inType, longRun + 13, m, 1, 3);
+    }
+  });
+}
+
+TEST(RowKernelsTest, MappingsThatAreExactInFloatAndSuchThatAreNot) {
+  int numExact = 0;
+  int numInexact = 0;
+  forEachNarrowingPair([&](auto outTag, VXDataType outType, auto inTag, VXDataType inType) {
+    using Out = decltype(outTag);
+    using In = decltype(inTag);
+    for (const Mapping m : {Mapping{0.5, 3}, Mapping{0.5, 0.5}, Mapping{-0.25, -7.75}, Mapping{1.0 / 256, 128},
+                            Mapping{-1, 0}, Mapping{1.0 / 3, 0.1}, Mapping{0.0712345, -31.7}, Mapping{1.1, 1e6},
+                            Mapping{1, 16777216.5}, Mapping{3e38, 3e38}, Mapping{-4e38, 0}, Mapping{0, 1e39}}) {
+      ++(countDifferentInFloat<Out, In>(m) == 0 ? numExact : numInexact);
+      checkMappedRun<Out, In>(outType, inType, longRun, m, 0, 0);
+    }
+  });
+  EXPECT_GE(numExact, 20);
+  EXPECT_GE(numInexact, 8);
+}
+
+TEST(RowKernelsTest, OneVoxelThatDiffersInFloatIsEnoughForDouble) {
+  constexpr double below = 1 - 0x1p-40;
+  const Mapping differsAtTheEnd{62.0 / 65535 * below, 0};
+  ASSERT_EQ((countDifferentInFloat<VXuint8, VXuint16>(differsAtTheEnd)), 1);
+  ASSERT_EQ(mapVoxel<VXuint8>(VXuint16(65535), differsAtTheEnd.scale, 0), 61);
+  checkMappedRun<VXuint8, VXuint16>(VXuint8Type, VXuint16Type, longRun, differsAtTheEnd, 0, 0);
+  checkMappedRun<VXint8, VXuint16>(VXint8Type, VXuint16Type, longRun, differsAtTheEnd, 0, 0);
+
+  const Mapping differsAtTheStart{61.0 / 32768 * below, 0};
+  ASSERT_EQ((countDifferentInFloat<VXint8, VXint16>(differsAtTheStart)), 1);
+  ASSERT_EQ(mapVoxel<VXint8>(VXint16(-32768), differsAtTheStart.scale, 0), -60);
+  checkMappedRun<VXuint8, VXint16>(VXuint8Type, VXint16Type, longRun, differsAtTheStart, 0, 0);
+  checkMappedRun<VXint8, VXint16>(VXint8Type, VXint16Type, longRun, differsAtTheStart, 0, 0);
+}
+
+TEST(RowKernelsTest, RunsAroundTheLengthsThatChangeTheLoopAreMappedWhole) {
+  const std::size_t streamed = std::size_t(16) << 20;
+  for (const std::size_t n : {longRun - 1, longRun, longRun + 1, streamed - 1, streamed, streamed + 4095}) {
+    for (const Mapping m : {Mapping{0.5, 3}, Mapping{62.0 / 65535 * (1 - 0x1p-40), 0}}) {
+      checkMappedRun<VXuint8, VXuint16>(VXuint8Type, VXuint16Type, n, m, 3, 7);
+      checkMappedRun<VXint8, VXint16>(VXint8Type, VXint16Type, n, m, 0, 0);
+    }
+  }
+}
+
 // Ranges -------------------------------------------------------------------------------------------------------------
 
 template <class T>
