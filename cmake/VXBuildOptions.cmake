@@ -28,6 +28,8 @@ target_compile_options(vx_build_options INTERFACE
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # A library with unique symbols, which gcc makes of the static members of templates, is never unloaded.
   target_compile_options(vx_build_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
+  # A library calls its own functions, whatever else a program defines; so they can be inlined, as clang does anyway.
+  target_compile_options(vx_build_options INTERFACE -fno-semantic-interposition)
 endif()
 if(VX_WARNINGS_AS_ERRORS)
   target_compile_options(vx_build_options INTERFACE -Werror)
@@ -49,6 +51,22 @@ if(VX_SANITIZERS)
   if(VX_SANITIZERS MATCHES "undefined")
     target_compile_options(vx_build_options INTERFACE -fsanitize=float-cast-overflow -fno-sanitize-recover=all)
   endif()
+endif()
+if(VX_HARDENING AND NOT VX_SANITIZERS AND NOT VX_COVERAGE)
+  # Debug builds are not optimised, and checks of sizes in calls of the C library need that.
+  set(optimised "$<CONFIG:Release,RelWithDebInfo,MinSizeRel>")
+  target_compile_options(vx_build_options INTERFACE
+    -fstack-protector-strong
+    -fstack-clash-protection
+    "$<${optimised}:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>"
+    "$<$<COMPILE_LANGUAGE:CXX>:-D_GLIBCXX_ASSERTIONS>")
+  if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+    target_compile_options(vx_build_options INTERFACE -fcf-protection)
+  endif()
+  target_link_options(vx_build_options INTERFACE
+    LINKER:-z,relro,-z,now,-z,noexecstack,-z,separate-code
+    # For programs; the option of position independent code is for libraries alone.
+    "$<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-pie>")
 endif()
 if(VX_COVERAGE)
   target_compile_options(vx_build_options INTERFACE --coverage -O0 -g)

@@ -6,6 +6,7 @@
 
 #include "vxUtilsAPI.h"
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 
@@ -67,6 +68,7 @@ class VX_EXPORT CallbackList {
 
   mutable std::mutex _mutex;  // guards _entries; a leaf: nothing else is locked while it is held
   std::shared_ptr<const Entries> _entries;
+  std::atomic<bool> _wasUsed{false};  // whether there ever was an entry: most lists have none, and need no lock then
 };
 
 }  // namespace vx

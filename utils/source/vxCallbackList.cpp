@@ -105,13 +105,14 @@ CallbackList::Entry::~Entry() {
   if (next) next->previous = previous;
 }
 
-CallbackList::CallbackList(const CallbackList& other) : _entries(other._snapshot()) {}
+CallbackList::CallbackList(const CallbackList& other) : _entries(other._snapshot()), _wasUsed(other._wasUsed.load()) {}
 
 CallbackList& CallbackList::operator=(const CallbackList& other) {
   if (this == &other) return *this;
   std::shared_ptr<const Entries> entries = other._snapshot();
   const std::lock_guard lock(_mutex);
   _entries.swap(entries);
+  _wasUsed.store(true);
   return *this;
 }
 
@@ -135,6 +136,7 @@ VXCallbackHandle CallbackList::add(Function function, void* userData, unsigned i
   }
   entries->list.push_back(std::move(entry));
   before = std::exchange(_entries, std::move(entries));
+  _wasUsed.store(true);
   return handle;
 }
 
@@ -189,6 +191,7 @@ std::size_t CallbackList::size() const noexcept {
 }
 
 void CallbackList::call(unsigned int bits, Match match, Reentry reentry, Invoke invoke, const void* event) const {
+  if (!_wasUsed.load(std::memory_order_acquire)) return;
   const auto entries = _snapshot();
   if (!entries) return;
   for (const auto& entry : entries->list) {
