@@ -207,6 +207,38 @@ TEST_F(PluginsTest, ASuccessHasNoReason) {
   expectSilence();
 }
 
+TEST_F(PluginsTest, ALibraryThatLoadsIsToldWithoutAHandle) {
+  const std::string path = pathOf("libGoodPlugin.so");
+  std::string places;
+  const VXLibrarySearchCB note = [](void* userData, const char* place, const char* reason) {
+    *static_cast<std::string*>(userData) += std::string(place) + ": " + (reason ? reason : "loaded") + '\n';
+  };
+  const auto unload = [&path] {
+    void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD);
+    ASSERT_NE(handle, nullptr);
+    dlclose(handle);  // counted twice for a moment
+    EXPECT_NE(VXTypeFromName("PluginDouble"), nullptr);
+    EXPECT_EQ(VXUnLoadLibrary(path.c_str(), handle, nullptr, 0), 0);
+    EXPECT_FALSE(isMapped(path));
+  };
+  EXPECT_EQ(VXLoadLibrary(path.c_str()), 1);
+  unload();
+  EXPECT_EQ(VXLoadLibraryWOError(path.c_str()), 0);
+  unload();
+  EXPECT_EQ(VXLoadLibraryExplained(path.c_str(), &places, note), 0);
+  unload();
+  EXPECT_EQ(places, pathOf("liblibGoodPlugin.so.so") + ": There is no such file.\n" + path + ": loaded\n");
+  expectSilence();
+}
+
+TEST_F(PluginsTest, ALoadThatFailsKeepsTheTypesOfALibraryOfThatNameThatIsKnown) {
+  const std::vector<std::string> types = typeNames();
+  ASSERT_STREQ(VXTypeGetDllName(VXTypeFromName("RampModule")), "CAPITest");
+  EXPECT_EQ(VXLoadLibraryWOError("CAPITest"), 23);
+  EXPECT_EQ(typeNames(), types);
+  expectSilence();
+}
+
 TEST_F(PluginsTest, ALibraryInUseIsKept) {
   const std::string path = pathOf("libGoodPlugin.so");
   void* handle = nullptr;
