@@ -42,7 +42,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   target_compile_options(vx_build_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
 if(VX_SANITIZERS)
-  target_compile_options(vx_build_options INTERFACE "-fsanitize=${VX_SANITIZERS}" -fno-omit-frame-pointer -g)
+  target_compile_options(vx_build_options INTERFACE "-fsanitize=${VX_SANITIZERS}" -fno-omit-frame-pointer -g1)
   target_link_options(vx_build_options INTERFACE "-fsanitize=${VX_SANITIZERS}")
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # With sanitizers gcc sees uninitialised values in the standard library that are none.
@@ -68,9 +68,8 @@ if(VX_HARDENING AND NOT VX_SANITIZERS AND NOT VX_COVERAGE)
     # For programs; the option of position independent code is for libraries alone.
     "$<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-pie>")
 endif()
-if(VX_COVERAGE)
-  target_compile_options(vx_build_options INTERFACE --coverage -O0 -g)
-  target_link_options(vx_build_options INTERFACE --coverage)
+if(VX_COVERAGE AND NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  message(FATAL_ERROR "VX_COVERAGE needs clang, whose figures are of the source")
 endif()
 find_package(Threads REQUIRED)
 
@@ -81,4 +80,9 @@ function(vx_add_storey name)
   set_target_properties(${name} PROPERTIES
     CXX_VISIBILITY_PRESET hidden C_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   target_link_libraries(${name} PRIVATE vx_build_options PUBLIC Threads::Threads)
+  if(VX_COVERAGE)
+    # Only the library itself is measured. Threads share the counters.
+    target_compile_options(${name} PRIVATE -fprofile-instr-generate -fcoverage-mapping -fprofile-update=atomic)
+    target_link_options(${name} INTERFACE -fprofile-instr-generate)
+  endif()
 endfunction()

@@ -10,8 +10,8 @@ int VXInit(int major, int minor, int release) {
   const vx::TraceFrame trace("source/vxAPI:VXInit()");
   return vx::callSilently(0, [=] {
     const bool isCompatible = VXIsCAPILinkCompatible(major, minor, release) != 0;
-    const bool isStarted = vx::initVX() != 0;
-    return isCompatible && isStarted ? 1 : 0;
+    const int isStarted = vx::initVX();
+    return isCompatible ? isStarted : 0;
   });
 }
 

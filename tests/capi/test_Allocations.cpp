@@ -171,6 +171,59 @@ TEST(AllocationsOfAConnection, LeaveNeitherLinkNorAttachment) {
   VXErrorOutput.sendMessagesToCerr(true);
 }
 
+// A host that can't be made lets the functions that need one throw.
+class AllocationsOfTheHost : public ::testing::Test {
+ protected:
+  template <class Call>
+  void expectFrame(const std::string& label, const char* words, Call call) {
+    SCOPED_TRACE(label);
+    Host::destroyDefaultHost();
+    messages.take();
+    untilFailure = 0;
+    call();
+    EXPECT_LT(untilFailure.exchange(-1), 0);
+    const Messages taken = messages.take();
+    ASSERT_EQ(taken.size(), 2U);
+    EXPECT_EQ(taken[0].type, VX_FATAL);
+    EXPECT_EQ(taken[0].code, 2);
+    EXPECT_EQ(taken[1], (Message{VX_FATAL, 1, "vxAPI:" + label, frameReason(words)}));
+  }
+  template <class Result, class Call>
+  void expectFrame(const std::string& label, const char* words, Result answer, Call call) {
+    expectFrame(label, words, [=] { EXPECT_EQ(call(), answer); });
+  }
+
+  static constexpr char code[] = "Returning VX_UNKNOWN_EXCEPTION.";
+  static constexpr char nothing[] = "Returning VX_EMPTY_PARAM.";
+  static constexpr char zero[] = "Returning 0.";
+
+  MessageRecorder messages;
+};
+
+TEST_F(AllocationsOfTheHost, EndInTheFrameOfEachService) {
+  expectFrame("_VXSetMaxNumThreads(numThreads)", code, 1, [] { return VXSetMaxNumThreads(2); });
+  expectFrame("_VXGetMaxNumThreads()", zero, 0, &VXGetMaxNumThreads);
+  expectFrame("_VXPushState(readEnvVars)", code, 1, [] { return VXPushState(0); });
+  expectFrame("_VXPopState()", code, 1, &VXPopState);
+  expectFrame("_VXCacheGetCurrentSizeKB()", zero, 0U, &VXCacheGetCurrentSizeKB);
+  expectFrame("_VXCacheGetPeakSizeKB()", zero, 0U, &VXCacheGetPeakSizeKB);
+  expectFrame("_VXCacheGetMaxSizeKB()", zero, 0U, &VXCacheGetMaxSizeKB);
+  expectFrame("_VXCacheSetMaxSizeKB(size)", nothing, [] { VXCacheSetMaxSizeKB(5); });
+  expectFrame("_VXCacheGetMemoryOptLevel()", zero, 0U, &VXCacheGetMemoryOptLevel);
+  expectFrame("_VXCacheSetMemoryOptLevel(level)", nothing, [] { VXCacheSetMemoryOptLevel(1); });
+  expectFrame("_VXClearCache()", nothing, &VXClearCache);
+  expectFrame("_VXHostGetNumPagesCalculated()", zero, 0U, &VXHostGetNumPagesCalculated);
+  expectFrame("_VXHostGetNumPagesHit()", zero, 0U, &VXHostGetNumPagesHit);
+  expectFrame("_VXHostSetProgressCB(userData, callback)", nothing, [] { VXHostSetProgressCB(nullptr, nullptr); });
+  expectFrame("_VXHostUpdateProgress(info1, info2)", nothing, [] { VXHostUpdateProgress("a", "b"); });
+  expectFrame("_VXHostSetBreakCheckCB(userData, callback)", nothing, [] { VXHostSetBreakCheckCB(nullptr, nullptr); });
+  expectFrame("_VXImageFreeTile(data)", nothing, [] { VXImageFreeTile(nullptr); });
+  // The next call makes one.
+  EXPECT_EQ(VXGetMaxNumThreads(), 2);
+  EXPECT_EQ(VXPopState(), 44);
+  EXPECT_EQ(messages.take(), Messages{});
+}
+
 TEST(AllocationsOfASensor, EndInAFatalMessageAndNull) {
   MessageRecorder messages;
   untilFailure = 0;

@@ -89,6 +89,19 @@ TEST_F(CAPIConnectionsTest, AnInputThatMovesKeepsItsOtherSources) {
   EXPECT_EQ(in->getSourceField(1), otherOut);
 }
 
+TEST_F(CAPIConnectionsTest, AnInputThatMovesKeepsTheAttachmentOfAnOutputThatItIsNotLinkedTo) {
+  VXFieldConnectFrom(in, out);
+  EXPECT_EQ(VXImageFieldConnectFromNoNotify(in, otherOut), 1) << "the link alone moves";
+  ASSERT_EQ(in->getNumSourceFields(), 1U);
+  EXPECT_EQ(in->getSourceField(0), out);
+  EXPECT_EQ(VXFieldConnectFrom(in, otherOut), 1);
+  EXPECT_EQ(inputOf(stage).getLink(), &outputOf(other));
+  ASSERT_EQ(in->getNumSourceFields(), 2U);
+  EXPECT_EQ(in->getSourceField(0), out);
+  EXPECT_EQ(in->getSourceField(1), otherOut);
+  expectSilence();
+}
+
 TEST_F(CAPIConnectionsTest, ConnectingTwiceLeavesOneConnection) {
   VXFieldConnectFrom(in, out);
   EXPECT_EQ(VXFieldConnectFrom(in, out), 1);

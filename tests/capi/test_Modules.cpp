@@ -124,6 +124,7 @@ const Throw thrown[] = {
        throw static_cast<char*>(text);
      },
      0, "own text"},
+    {[](const std::string&) { throw static_cast<char*>(nullptr); }, 0, VXGetErrorCodeDescription(1)},
     {[](const std::string&) { throw std::string("own string"); }, 0, "own string"},
     {[](const std::string&) { throw 13; }, 13, nullptr},
     {[](const std::string&) { throw std::runtime_error("x"); }, 1, nullptr},

@@ -2,12 +2,19 @@
 
 #include "CAPIFixture.h"
 
+#include <cerrno>
+#include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <dlfcn.h>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <link.h>
 #include <malloc.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace vx::test {
 namespace {
@@ -96,6 +103,19 @@ TEST_F(PluginsTest, AFileThatIsNotReadableIsRefused) {
   expectRefused(path, "The file can't be read");
 }
 
+TEST_F(PluginsTest, ASocketIsRefused) {
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  const std::string path = _folder / "socket.so";
+  ASSERT_LT(path.size(), sizeof address.sun_path);
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  const int descriptor = socket(AF_UNIX, SOCK_STREAM, 0);
+  ASSERT_GE(descriptor, 0);
+  ASSERT_EQ(bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  expectRefused(path, std::string("The file can't be read: ") + std::strerror(ENXIO) + ".");
+  close(descriptor);
+}
+
 TEST_F(PluginsTest, AnotherArchitectureIsRefused) {
   const std::string good = contentsOf(pathOf("libGoodPlugin.so"));
   constexpr std::size_t classByte = 4;
@@ -113,6 +133,38 @@ TEST_F(PluginsTest, AProgramIsRefused) {
   constexpr std::size_t typeByte = 16;
   program[typeByte] = 1;  // an object file
   expectRefused(write("object.so", program), "The file is no library.");
+}
+
+TEST_F(PluginsTest, SegmentsOfAnotherSizeAndNoSegmentsAreRefused) {
+  const std::string good = contentsOf(pathOf("libGoodPlugin.so"));
+  std::string other = good;
+  ++other[offsetof(ElfW(Ehdr), e_phentsize)];
+  expectRefused(write("size.so", other), "The file is no library.");
+  other = good;
+  other.replace(offsetof(ElfW(Ehdr), e_phnum), 2, 2, '\0');
+  expectRefused(write("none.so", other), "The file is no library.");
+}
+
+TEST_F(PluginsTest, ASegmentThatEndsBehindTheFileIsRefusedUnlessItIsUnused) {
+  const std::string good = contentsOf(pathOf("libGoodPlugin.so"));
+  ElfW(Ehdr) header;
+  std::memcpy(&header, good.data(), sizeof header);
+  for (std::size_t i = 0; i < header.e_phnum; ++i) {
+    const std::size_t at = header.e_phoff + i * sizeof(ElfW(Phdr));
+    ElfW(Phdr) segment;
+    std::memcpy(&segment, good.data() + at, sizeof segment);
+    segment.p_filesz = good.size() - segment.p_offset + 1;
+    std::string other = good;
+    other.replace(at, sizeof segment, reinterpret_cast<const char*>(&segment), sizeof segment);
+    expectRefused(write("behind" + std::to_string(i) + ".so", other), "The file is truncated.");
+    if (segment.p_type != PT_NOTE) continue;
+    segment.p_type = PT_NULL;  // nobody misses a note
+    other.replace(at, sizeof segment, reinterpret_cast<const char*>(&segment), sizeof segment);
+    const std::string path = write("unused" + std::to_string(i) + ".so", other);
+    void* handle = nullptr;
+    EXPECT_EQ(VXLoadLibraryWOErrorExt(path.c_str(), &handle), 0) << VXGetLoadLibraryErrorText();
+    EXPECT_EQ(VXUnLoadLibrary(path.c_str(), handle, nullptr, 0), 0);
+  }
 }
 
 TEST_F(PluginsTest, HeadersThatPointBehindTheEndAreRefused) {
@@ -204,6 +256,38 @@ TEST_F(PluginsTest, ASuccessHasNoReason) {
   EXPECT_STREQ(VXGetLoadLibraryErrorText(), "");
   EXPECT_STREQ(VXTypeGetDllName(VXTypeFromName("PluginDouble")), path.c_str());
   EXPECT_EQ(VXUnLoadLibrary(path.c_str(), handle, nullptr, 0), 0);
+  expectSilence();
+}
+
+TEST_F(PluginsTest, ALibraryThatLoadsIsToldWithoutAHandle) {
+  const std::string path = pathOf("libGoodPlugin.so");
+  std::string places;
+  const VXLibrarySearchCB note = [](void* userData, const char* place, const char* reason) {
+    *static_cast<std::string*>(userData) += std::string(place) + ": " + (reason ? reason : "loaded") + '\n';
+  };
+  const auto unload = [&path] {
+    void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD);
+    ASSERT_NE(handle, nullptr);
+    dlclose(handle);  // counted twice for a moment
+    EXPECT_NE(VXTypeFromName("PluginDouble"), nullptr);
+    EXPECT_EQ(VXUnLoadLibrary(path.c_str(), handle, nullptr, 0), 0);
+    EXPECT_FALSE(isMapped(path));
+  };
+  EXPECT_EQ(VXLoadLibrary(path.c_str()), 1);
+  unload();
+  EXPECT_EQ(VXLoadLibraryWOError(path.c_str()), 0);
+  unload();
+  EXPECT_EQ(VXLoadLibraryExplained(path.c_str(), &places, note), 0);
+  unload();
+  EXPECT_EQ(places, pathOf("liblibGoodPlugin.so.so") + ": There is no such file.\n" + path + ": loaded\n");
+  expectSilence();
+}
+
+TEST_F(PluginsTest, ALoadThatFailsKeepsTheTypesOfALibraryOfThatNameThatIsKnown) {
+  const std::vector<std::string> types = typeNames();
+  ASSERT_STREQ(VXTypeGetDllName(VXTypeFromName("RampModule")), "CAPITest");
+  EXPECT_EQ(VXLoadLibraryWOError("CAPITest"), 23);
+  EXPECT_EQ(typeNames(), types);
   expectSilence();
 }
 

@@ -197,6 +197,8 @@ int main(int argc, char** argv) {
                         ~0U);
          vx::report(VX_ERROR, "probe", VX_BAD_PARAMETER, "a message");
        }},
+      {"push", [] { std::printf("push=%d\n", VXPushState(0)); }},
+      {"pop", [] { std::printf("pop=%d\n", VXPopState()); }},
       {"destroy", [] { std::printf("destroy=%d\n", VXDestroy()); }},
       {"after-destroy", afterDestroy},
       {"library", [] { library("VXTestModules"); }},

@@ -257,6 +257,16 @@ TEST(Stop, AModuleThatIsStillAliveIsReportedAndMayGoLater) {
   EXPECT_EQ(probe({"module"}), "") << "without a stop";
 }
 
+TEST(Stop, AStateThatIsStillPushedIsReportedAndMayBePoppedLater) {
+  EXPECT_EQ(
+      withoutLines(probe({"push", "destroy", "pop", "pop", "settings"})),
+      "push=0\n"
+      "VX error 46 (The state stack is not empty at shutdown.): Function=VXdestroy(), Reason=Error while destroying "
+      "VX state stack., File=source/vxInitSystemVX.cpp\n"
+      "destroy=1\npop=0\npop=44\n" +
+          std::string(defaults));
+}
+
 TEST(Stop, NothingCrashesAfterTheEnd) {
   const std::string text = probe({"notify-cb", "message-cb", "destroy", "after-destroy", "destroy", "library"});
   EXPECT_EQ(withoutLines(text),

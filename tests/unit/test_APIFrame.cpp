@@ -1,6 +1,7 @@
 #include "MessageRecorder.h"
 
 #include "vxAPIFrame.h"
+#include "vxAPIImages.h"
 #include "vxBase.h"
 #include "vxField.h"
 #include "vxTraceBuffer.h"
@@ -182,6 +183,23 @@ TEST_F(APIFrameTest, TheObjectCheckPassesTheClassAndItsDescendants) {
   Other other;
   EXPECT_TRUE(checkObject<Base>(static_cast<Base*>(&other), "label", "R."));
   EXPECT_EQ(messages.take(), Messages{});
+}
+
+TEST_F(APIFrameTest, AFieldThatIsNoOutputHasNoImage) {
+  constexpr char reason[] = "Invalid outField pointer or type. Setting img to NULL and Returning BAD_FIELD.";
+  PagedImg* img = reinterpret_cast<PagedImg*>(this);
+  EXPECT_EQ(_VXGetPagedImg(nullptr, &img), VX_BAD_FIELD);
+  EXPECT_EQ(img, nullptr);
+  OutputField field;
+  img = reinterpret_cast<PagedImg*>(this);
+  EXPECT_EQ(_VXGetPagedImg(&field, &img), VX_BAD_FIELD);
+  EXPECT_EQ(img, nullptr);
+  EXPECT_EQ(messages.take(),
+            (Messages{{VX_ERROR, 7, "vxAPI: _VXGetPagedImg", reason},
+                      {VX_ERROR, 29, "vxAPI: _VXGetPagedImg",
+                       std::string(reason) + " The field must be initialized an it should be of type "
+                                             "OutputConnectorField (or derived from it), but it seems to be of type "
+                                             "OutputField."}}));
 }
 
 TEST_F(APIFrameTest, TheRecursionGuardRefusesANestedOperation) {

@@ -64,6 +64,15 @@ TEST_F(ErrorOutputTest, AMessageIsOneLineWithLevelCodeDescriptionFunctionReasonF
   EXPECT_EQ(cout.text(), "");
 }
 
+TEST_F(ErrorOutputTest, ControlCharactersAndUnknownLevelsLeaveALineWhole) {
+  const StreamCapture cerr(std::cerr);
+  VXErrorOutput.setMessageFilter(0xFF);
+  sendTo(VXErrorOutput, 0x10, "a\rb\x7f\x1f");
+  EXPECT_EQ(cerr.text(),
+            "VX message 19 (An argument is invalid.): Function=label, Reason=a\\rb\\x7f\\x1f, File=source.cpp, "
+            "Line=12\n");
+}
+
 TEST_F(ErrorOutputTest, StreamsAreSwitchedApart) {
   const StreamCapture cerr(std::cerr);
   const StreamCapture cout(std::cout);
@@ -511,6 +520,13 @@ TEST_F(ErrorOutputTest, StreamOutputShowsTheSettings) {
   std::ostringstream text;
   text << VXErrorOutput;
   EXPECT_EQ(text.str(), "ErrorOutput(messageFilter=7, fullDebugging=off, cout=off, cerr=on, numCallbacks=0)");
+  text.str("");
+  VXErrorOutput.setMessageFilter(3);
+  VXErrorOutput.setFullDebuggingOn(true);
+  VXErrorOutput.sendMessagesToCout(true);
+  VXErrorOutput.sendMessagesToCerr(false);
+  text << VXErrorOutput;
+  EXPECT_EQ(text.str(), "ErrorOutput(messageFilter=3, fullDebugging=on, cout=on, cerr=off, numCallbacks=0)");
 }
 
 TEST(VXGetErrorCodeDescription, EachKnownCodeHasItsNumberAndATextOfItsOwn) {

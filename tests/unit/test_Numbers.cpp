@@ -154,6 +154,29 @@ TEST(LinkChecks, TheCInterfaceFitsCallersOfTheSameMajorVersionThatAreNotNewer) {
   }
 }
 
+TEST(Hooks, AreThereAsSoonAsOneOfThemIsSet) {
+  const auto text = [](void*, const char*) -> const char* { return "text"; };
+  const auto flag = [](void*, const char*) { return 1; };
+  const auto number = [](void*, const char*) { return 2.5; };
+  int application = 0;
+  const VXApplicationProperties hooks[] = {{text, nullptr, nullptr, nullptr, nullptr},
+                                           {nullptr, flag, nullptr, nullptr, nullptr},
+                                           {nullptr, nullptr, number, nullptr, nullptr},
+                                           {nullptr, nullptr, nullptr, flag, nullptr},
+                                           {nullptr, nullptr, nullptr, nullptr, &application}};
+  for (const VXApplicationProperties& hook : hooks) {
+    VXSetApplicationPropertiesHook(&hook);
+    const VXApplicationProperties* const stored = VXGetApplicationPropertiesHook();
+    ASSERT_NE(stored, nullptr);
+    EXPECT_EQ(stored->getStringCB, hook.getStringCB);
+    EXPECT_EQ(stored->getInt32CB, hook.getInt32CB);
+    EXPECT_EQ(stored->getDoubleCB, hook.getDoubleCB);
+    EXPECT_EQ(stored->getBoolCB, hook.getBoolCB);
+    EXPECT_EQ(stored->applicationUsrData, hook.applicationUsrData);
+  }
+  VXSetApplicationPropertiesHook(nullptr);
+}
+
 TEST(Hooks, AreStoredAndHandedOut) {
   EXPECT_EQ(VXGetApplicationPropertiesHook(), nullptr);
   int application = 0;
