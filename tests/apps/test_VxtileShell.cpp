@@ -153,7 +153,8 @@ class VxtileCompletionTest : public VxtileTest {
  protected:
   // What bash offers for the last word. \param words bash words behind the name of the program.
   std::vector<std::string> complete(const std::string& words) const {
-    const std::string script = "cd '" + folder.string() + "' && source '" VX_SOURCE_DIR "/apps/vxtile/vxtile.bash' && " +
+    const std::string script = "cd '" + folder.string() +
+                               "' && source '" VX_SOURCE_DIR "/apps/vxtile/vxtile.bash' && " +
                                "COMP_WORDS=('" VXTILE "' " + words +
                                ") && COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) && "
                                "{ _vxtile; printf '%s\\n' \"${COMPREPLY[@]}\"; }";
