@@ -338,7 +338,7 @@ TEST_F(VxtileTest, MemoryStaysWithinTheLimitOfTheCacheAndSixtyFourMegabytesBeyon
   };
   expectLittleMemory({}, 50000);
   expectLittleMemory({"-o", "overlay.output0", "-b", "x=150"}, 30000);
-  expectLittleMemory({"-o", "overlay.output0", "-b", "z=100:139", "overlay.raw"}, 50000);
+  expectLittleMemory({"-o", "overlay.output0", "-b", "z=100:139", "-t", "double", "overlay.raw"}, 50000);
 }
 #endif
 
