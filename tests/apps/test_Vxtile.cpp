@@ -357,6 +357,26 @@ TEST_F(VxtileTest, AnInterruptStopsItWithinAPage) {
   EXPECT_TRUE(files().empty()) << "no unfinished file is left";
 }
 
+// A picture is requested as a whole; its pages take a second each, all of them more than a minute on one processor.
+TEST_F(VxtileTest, AnInterruptDoesNotWaitForThePicture) {
+  const int process = start({"run", "-", "-o", "smooth.output0", "-b", "z=500", "f.png"}, R"({
+    "modules": {
+      "pattern": {"type": "TestPattern", "fields": {"pattern": "noise", "extent": [1000, 1000, 1000, 1, 1, 1]}},
+      "smooth": {"type": "Convolution", "fields": {"kernel": "Gauss", "sigma": [30, 30, 30, 0, 0, 0]}}
+    },
+    "connections": [{"from": "pattern.output0", "to": "smooth.input0"}]
+  })");
+  for (int i = 0; i < 1000 && files().empty(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  const auto begin = std::chrono::steady_clock::now();
+  ::kill(process, SIGTERM);
+  const Outcome outcome = finish(process);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
+  EXPECT_EQ(outcome.code, 130) << outcome;
+  EXPECT_EQ(outcome.err, "vxtile: stopped: the calculation of smooth.output0 was interrupted\n");
+  EXPECT_TRUE(files().empty()) << "no unfinished file is left";
+}
+
 TEST_F(VxtileTest, ExamplesRunThroughTheParser) {
   for (const auto& entry : std::filesystem::directory_iterator(VX_SOURCE_DIR "/apps/vxtile/examples")) {
     const Outcome outcome = run({"graph", entry.path().string()});
