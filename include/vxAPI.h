@@ -64,9 +64,11 @@
 #include "vxTypes.h"
 #include "vxUtilsAPI.h"
 
-/// Version of the C interface that a caller is compiled against: the arguments of VXInit().
+/// Version of the C interface that a caller is compiled against: the first argument of VXInit().
 #define VX_C_API_MAJOR_VERSION 1
+/// The second argument of VXInit().
 #define VX_C_API_MINOR_VERSION 8
+/// The third argument of VXInit().
 #define VX_C_API_RELEASE_VERSION 68
 
 // Handles ------------------------------------------------------------------------------------------------------------
@@ -483,6 +485,7 @@ VX_C_API VXErrorCode VXImageGetTile(VXField* outField, void** memory, int x, int
                                     VXDataType datatype);
 
 /// As VXImageGetTile6D(), with the voxel values mapped linearly.
+/// \param outField,memory,x,y,z,c,t,u,nx,ny,nz,nc,nt,nu,datatype as there.
 /// \param srcMin,srcMax range of values of the image. \param dstMin,dstMax range that it is mapped to. The limits of
 ///        each may be given in either order; an input range of one value is mapped to the lower limit at scale 1.
 VX_C_API VXErrorCode VXImageGetScaledTile6D(VXField* outField, void** memory, int x, int y, int z, int c, int t, int u,

@@ -88,15 +88,17 @@ class VX_EXPORT BaseOp : public Base {
   /// \name Operations of a module
   /// The host calls them. Their order is part of the interface of module libraries.
   ///@{
+
   /// Decides on an open or invalid input. It must be constant, or it overrides nothing. \param inIndex the input.
-  /// \param state what is wrong with it. \return what to do; any value but ::INVALIDATE_OUTPUT takes the placeholder.
+  /// \param state what is wrong with it. \return what to do; any value but #INVALIDATE_OUTPUT takes the placeholder.
   virtual INPUT_HANDLE handleInput(int inIndex, INPUT_STATE state) const;
   /// Sets the properties of an output image, getOutImg(). On entry they are a copy of those of input 0, as far as there
   /// is one, and the image is up to date. PagedImg::setOutOfDate() declares it invalid.
   virtual void calcOutImageProps(int outIndex);
   /// Determines the region of an input that a page needs. It may be called without a tile request too.
-  /// \param outSubImgBox region of the page, which may reach past the image. \return the region, `outSubImgBox` here.
-  /// It may reach past the input; voxels there are undefined. An empty region requests nothing.
+  /// \param inIndex the input. \param outIndex the output. \param outSubImgBox region of the page, which may reach past
+  /// the image. \return the region, `outSubImgBox` here. It may reach past the input; voxels there are undefined. An
+  /// empty region requests nothing.
   virtual SubImgBox calcInSubImageBox(int inIndex, const SubImgBox& outSubImgBox, int outIndex);
   /// Calculates a page. The default calls the operation without thread information. Override one of the two.
   /// \param outSubImg the page to be written. \param outIndex the output, -1 where pages are only walked through.
@@ -106,9 +108,11 @@ class VX_EXPORT BaseOp : public Base {
   /// inputs leaves the page as it is. \throw int ::VX_BAD_POINTER, after a fatal report, for null blocks.
   virtual void calcOutSubImage(SubImg* outSubImg, int outIndex, SubImg* inSubImgs);
   /// Says how an input shall be delivered. It is called also when image properties are determined.
-  /// \param props the wishes, preset to what the module gets without asking.
+  /// \param inIndex the input. \param outIndex the output. \param props the wishes, preset to what the module gets
+  /// without asking.
   virtual void calcInSubImageProps(int inIndex, InSubImageProps& props, int outIndex);
-  /// Runs calcOutSubImage() over all pages, see Host::processAllPages(), one of the two indices being -1.
+  /// Runs calcOutSubImage() over all pages, see Host::processAllPages().
+  /// \param outIndex the output, \param inIndex or the input whose pages are walked through; the other one is -1.
   /// \param box region, empty for the whole image. \return 0 or an error code.
   virtual int processAllPages(int outIndex, int inIndex, SubImgBox box);
   /// Reacts to the change of a field. \param field the field that notified, one of the module.
@@ -122,7 +126,7 @@ class VX_EXPORT BaseOp : public Base {
   /// Called after the fields have been saved.
   virtual void endSaveFields();
   /// Called once before the first page is calculated after the pages of an output have been cleared.
-  /// \param isProcessAllPages whether the pages are walked through.
+  /// \param outIndex the output, -1 without one. \param isProcessAllPages whether the pages are walked through.
   virtual void notifyFirstCalcOutSubImage(int outIndex, bool isProcessAllPages);
   /// Marks the module while a walk through the network is in it. \param marker any number.
   virtual void setMarker(int marker);
@@ -132,6 +136,7 @@ class VX_EXPORT BaseOp : public Base {
 
   /// \name Fields
   ///@{
+
   /// \return the fields of the module, which live as long as the module.
   FieldContainer* getFieldContainer() noexcept { return &_fieldContainer; }
   /// \copydoc getFieldContainer()
@@ -164,6 +169,7 @@ class VX_EXPORT BaseOp : public Base {
 
   /// \name Inputs and outputs
   ///@{
+
   /// \return the number of image inputs.
   VXint64 getInputNum() const noexcept { return _fieldContainer.getNumInputConnectorFields(); }
   /// \return the number of image outputs.
@@ -185,7 +191,7 @@ class VX_EXPORT BaseOp : public Base {
   /// bad index.
   static void getInInfos(const BaseOp& op, VXint64 inIndex, bool getReal, bool* valid, BaseOp** inOp, PagedImg** inImg,
                          VXint64* inOpIndex);
-  /// The same. \param op the module; null as a bad index.
+  /// The same. \param op the module; null as a bad index. \param inIndex,getReal,valid,inOp,inImg,inOpIndex as above.
   static void getInInfos(const BaseOp* op, VXint64 inIndex, bool getReal, bool* valid, BaseOp** inOp, PagedImg** inImg,
                          VXint64* inOpIndex);
   /// \return the module of getInInfos(), or null.
@@ -195,7 +201,7 @@ class VX_EXPORT BaseOp : public Base {
   /// \return the image of getInInfos(), or null.
   PagedImg* getInImg(VXint64 inIndex, bool getReal) const;
 
-  /// Brings the image of an input up to date. \param getReal as for getInInfos().
+  /// Brings the image of an input up to date. \param inIndex the input. \param getReal as for getInInfos().
   /// \return the image, or null if it isn't valid or the index is bad. Without `getReal` the placeholder may stand in.
   PagedImg* getUpdatedInImg(VXint64 inIndex, bool getReal) const;
   /// \return the image of an input, brought up to date; null if it isn't valid or only the placeholder stands in.
@@ -215,15 +221,17 @@ class VX_EXPORT BaseOp : public Base {
   /// What a module permits the host to do. A bad index is reported with ::VX_BAD_OUTPUT_INDEX and changes nothing; a
   /// query answers -1 to it, or false.
   ///@{
+
   /// Permits the block of an input to lie in the memory of the output's page, where region and type are equal.
-  /// \param inIndex the input, -1 for none.
+  /// \param outIndex the output. \param inIndex the input, -1 for none.
   void setOutImgInplace(VXint64 outIndex, VXint64 inIndex);
   /// Takes the permission back.
   void unsetOutImgInplace(VXint64 outIndex);
   /// \return the input, or -1; nothing is reported.
   VXint64 getOutImgInplace(VXint64 outIndex) const;
-  /// Lets the pages of an input stand in for those of an output that would be the same. \param inIndex the input, -1
-  /// for none. Extent, page extent and type of both images must be equal, or the output is invalid.
+  /// Lets the pages of an input stand in for those of an output that would be the same. \param outIndex the output.
+  /// \param inIndex the input, -1 for none. Extent, page extent and type of both images must be equal, or the output is
+  /// invalid.
   void setBypass(VXint64 outIndex, VXint64 inIndex);
   /// \return the input, or -1; nothing is reported.
   VXint64 getBypass(VXint64 outIndex) const;
@@ -249,7 +257,7 @@ class VX_EXPORT BaseOp : public Base {
   /// Says which voxel types the module takes and gives; an output or an input block of any other makes the output
   /// invalid. At first these are the standard types.
   /// \param permitted stored as it is; an invalid one is reported as an error with ::VX_BAD_PARAMETER and requires what
-  /// ::ONLY_STANDARD_TYPES requires. \param bits the properties that a type must have, for ::EXPLICIT_TYPES.
+  /// #ONLY_STANDARD_TYPES requires. \param bits the properties that a type must have, for #EXPLICIT_TYPES.
   void setVoxelDataTypeSupport(PERMITTED_TYPES permitted, VXTypePropBits bits = VXTypePropBits());
   /// \return what was said.
   PERMITTED_TYPES getVoxelDataTypeSupport() const noexcept { return _voxelDataTypeSupport; }
@@ -259,6 +267,7 @@ class VX_EXPORT BaseOp : public Base {
 
   /// \name Services of the default host
   ///@{
+
   /// Requests a tile: the voxels of a region of an output, see Host::getTile().
   /// \param op the module; null gives ::VX_BAD_MODULE_POINTER. \param outIndex the output. \param box region; voxels
   /// past the image are not written. \param dataType type of the tile's voxels. \param data pointer to the memory, or
@@ -266,15 +275,16 @@ class VX_EXPORT BaseOp : public Base {
   /// error code.
   static int getTile(BaseOp* op, VXint64 outIndex, const SubImgBox& box, int dataType, void** data,
                      const ScaleShiftData& scaleShift = ScaleShiftData());
-  /// The same. \param subImg gives region, type and memory; without memory a tile is allocated for it.
+  /// The same. \param op,outIndex,scaleShift as above. \param subImg gives region, type and memory; without memory a
+  /// tile is allocated for it.
   static int getTile(BaseOp* op, VXint64 outIndex, SubImg& subImg, const ScaleShiftData& scaleShift = ScaleShiftData());
-  /// The same. \param cachedBuffer takes the tile.
+  /// The same. \param op,outIndex,box,dataType,scaleShift as above. \param cachedBuffer takes the tile.
   static int getTile(BaseOp* op, VXint64 outIndex, const SubImgBox& box, int dataType, CachedBuffer& cachedBuffer,
                      const ScaleShiftData& scaleShift = ScaleShiftData());
   /// Frees a tile. \param data the tile, or null.
   static void freeTile(void* data);
   /// Brings an output image up to date, see Host::updateImageProps(). \param op the module; null gives
-  /// ::VX_BAD_MODULE_POINTER. \return 0 if the image is valid, else an error code.
+  /// ::VX_BAD_MODULE_POINTER. \param outIndex the output. \return 0 if the image is valid, else an error code.
   static int updateImageProps(BaseOp* op, VXint64 outIndex);
   /// Tells the application how far a calculation is. \param info1,info2 texts to be shown.
   static void updateProgress(const char* info1, const char* info2);
@@ -298,6 +308,7 @@ class VX_EXPORT BaseOp : public Base {
 
   /// \name The list of all modules
   ///@{
+
   /// \return the number of live modules.
   static VXint64 getNumBaseOps();
   /// \return a module, in order of creation; null for an index that is out of range.

@@ -19,13 +19,14 @@ class VX_EXPORT TConnectorField : public TValueField<T> {
  public:
   /// Notifies. \param value ignored.
   void setStringValue(const std::string& value) override;
+  /// \return the address as text.
   std::string getStringValue() const override;
   /// \return 1 if there is a connector, else 0.
   VXint64 isValidValue() override;
 
  protected:
-  /// \param op the module, which must outlive the field. \param index number of the connector in the module.
-  /// \throw int ::VX_BAD_POINTER after a fatal report for a null module.
+  /// \param name name of the field. \param op the module, which must outlive the field. \param index number of the
+  /// connector in the module. \throw int ::VX_BAD_POINTER after a fatal report for a null module.
   TConnectorField(const std::string& name, BaseOp* op, VXint64 index);
 };
 
@@ -59,7 +60,7 @@ class VX_EXPORT OutputConnectorField : public TConnectorField<OutputConnector> {
   /// the field is deactivated or notifications are switched off.
   ///
   /// While the default host processes, the call is reported as an error with ::VX_MISUSED_INTERFACE and ignored.
-  /// \param strength ::FieldSensor::VX_WEAK_NOTIFICATION leaves the image as it is.
+  /// \param strength FieldSensor::VX_WEAK_NOTIFICATION leaves the image as it is.
   void notifyAttachments(FieldSensor::Strength strength) override;
 
   VX_ABSTRACT_CLASS_HEADER(OutputConnectorField)

@@ -23,7 +23,7 @@ class VX_EXPORT InputConnector {
   /// Makes an input without a link. \param op the module, which must outlive the input. \param index number of the
   /// input in the module, not tested.
   InputConnector(BaseOp& op, VXint64 index);
-  /// Makes an input and connects it. \param output what to connect to.
+  /// Makes an input and connects it. \param op,index as above. \param output what to connect to.
   InputConnector(BaseOp& op, VXint64 index, OutputConnector& output);
 
   /// Disconnects.

@@ -48,6 +48,7 @@ class VX_EXPORT Field {
 
   /// \name Value as text
   ///@{
+
   /// Sets the value from a text and notifies. \param value any text; each class says what becomes of an unreadable one.
   virtual void setStringValue(const std::string& value) = 0;
   /// \return the value as text.
@@ -58,6 +59,7 @@ class VX_EXPORT Field {
 
   /// \name Sensors
   ///@{
+
   /// Appends a sensor, which leaves the field that it listened to. \param sensor null, or one that is attached here
   /// already, is ignored.
   virtual void attachFieldSensor(FieldSensor* sensor);
@@ -71,6 +73,7 @@ class VX_EXPORT Field {
 
   /// \name Fields
   ///@{
+
   /// Attaches a destination.
   ///
   /// For a new destination, a flag other than 0 copies the value to it at once. For one that is attached already, only
@@ -100,6 +103,7 @@ class VX_EXPORT Field {
 
   /// \name Notification
   ///@{
+
   /// Tells the sensors and then the destinations, each in order of attachment.
   ///
   /// Nothing happens while the field notifies already, while it is deactivated, or while the counter of
@@ -147,6 +151,7 @@ class VX_EXPORT Field {
   /// A counter: calls nest. Nothing stops it from going below 0, where fields notify although
   /// isEnabledNotifications() says 0; only a counter of exactly 0 keeps them silent.
   ///@{
+
   /// Adds 1 to the counter.
   static void enableNotifications() noexcept { ++enableNotificationsCounterState(); }
   /// Subtracts 1 from the counter.

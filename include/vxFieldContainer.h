@@ -64,6 +64,7 @@ class VX_EXPORT FieldContainer {
 
   /// \name Adding fields
   ///@{
+
   /// Appends a field, which the container owns from then on.
   /// \param field the field, made with `new` and in no other container. Null is reported as an error with
   ///        ::VX_FIELD_NOT_ADDED.
@@ -95,10 +96,10 @@ class VX_EXPORT FieldContainer {
   BaseField* addBase(const FieldName& name, Base** value = nullptr);        ///< Appends a pointer to an object.
   SoNodeField* addSoNode(const FieldName& name, SoNode** value = nullptr);  ///< Appends a pointer to a scene node.
   DicomTagListField* addDicomTagList(const FieldName& name, DicomTagList** value = nullptr);  ///< Appends a tag list.
-  /// Appends a choice that owns its value. \param items texts of the items, copied.
+  /// Appends a choice that owns its value. \param name name of the field. \param items texts of the items, copied.
   EnumField* addEnum(const FieldName& name, const std::vector<std::string>& items);
-  /// Appends a choice. \param items texts of the items, copied. \param numItems their number; one that the field can't
-  /// take makes it fail. \param value index of the current item.
+  /// Appends a choice. \param name name of the field. \param items texts of the items, copied. \param numItems their
+  /// number; one that the field can't take makes it fail. \param value index of the current item.
   EnumField* addEnum(const FieldName& name, const char* const* items, VXint64 numItems, int* value = nullptr);
   Vec2fField* addVec2f(const FieldName& name, Tvec2<double>* value = nullptr);  ///< Appends a vector of two components.
   Vec3fField* addVec3f(const FieldName& name,
@@ -117,12 +118,14 @@ class VX_EXPORT FieldContainer {
   UniversalTypeField* addUniversalType(const FieldName& name);  ///< Appends a voxel value of a type to be set, now -1.
 
   /// Appends an image input of a module. It counts among the fields and among the inputs.
-  /// \param op the module. \param index number of the input, not tested, and independent of its position.
+  /// \param name name of the field. \param op the module. \param index number of the input, not tested, and independent
+  /// of its position.
   InputConnectorField* addInputConnector(const char* name, BaseOp* op, VXint64 index);
   /// The same under the name "input" with the index behind.
   InputConnectorField* addInputConnector(BaseOp* op, VXint64 index);
   /// Appends an image output of a module. It counts among the fields and among the outputs.
-  /// \param op the module. \param index number of the output, not tested, and independent of its position.
+  /// \param name name of the field. \param op the module. \param index number of the output, not tested, and
+  /// independent of its position.
   OutputConnectorField* addOutputConnector(const char* name, BaseOp* op, VXint64 index);
   /// The same under the name "output" with the index behind.
   OutputConnectorField* addOutputConnector(BaseOp* op, VXint64 index);
@@ -136,6 +139,7 @@ class VX_EXPORT FieldContainer {
   /// \name Looking up
   /// A search that meets a null entry is a fatal check with ::VX_BAD_POINTER.
   ///@{
+
   /// \return the number of fields.
   unsigned int getSize() const noexcept { return static_cast<unsigned int>(_fields.size()); }
   /// \return the number of image inputs.
@@ -166,6 +170,7 @@ class VX_EXPORT FieldContainer {
   /// \name Values as text
   /// Errors are warnings; a null entry is a fatal check with ::VX_BAD_POINTER.
   ///@{
+
   /// \return the value of the first field of that name; an empty text, with ::VX_BAD_PARAMETER, if there is none.
   std::string getValue(const std::string& name) const;
   /// \return the value of a field; an empty text, with ::VX_BAD_INDEX, for a bad index.
@@ -207,6 +212,7 @@ class VX_EXPORT FieldContainer {
   std::vector<InputConnectorField*> _inputConnectorFields;    ///< In order of addition; owned by `_fields`.
 };
 
+/// Writes the fields, see the class.
 VX_EXPORT std::ostream& operator<<(std::ostream& stream, const FieldContainer& container);
 
 }  // namespace vx

@@ -54,7 +54,7 @@ class VX_EXPORT FieldSensor {
   /// \return the field that the sensor listens to, or null.
   Field* getField() const noexcept { return _field; }
 
-  /// \return the strength of the notification that is being delivered, ::VX_NO_NOTIFICATION outside of the callback.
+  /// \return the strength of the notification that is being delivered, #VX_NO_NOTIFICATION outside of the callback.
   Strength getNotificationStrength() const noexcept { return _strength; }
 
   /// Delivers a notification: calls the callback. Exceptions of it pass on.

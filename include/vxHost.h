@@ -68,6 +68,7 @@ class VX_EXPORT Host {
 
   /// \name Tiles
   ///@{
+
   /// Delivers a tile into memory.
   /// \param op,outIndex the output. \param box the tile; voxels outside the image are left as they are, unless a page
   ///        reaches there.
@@ -80,11 +81,12 @@ class VX_EXPORT Host {
   int getTile(BaseOp& op, VXint64 outIndex, SubImgBox box, int dataType, void** data,
               const ScaleShiftData& scaleShift = ScaleShiftData());
   /// Delivers a tile into a block, which says box and voxel type. Its other properties become those of the image.
-  /// \param subImg the block; if it has no data, it gets memory that goes back through freeTile().
-  /// The rest is as above.
+  /// \param op,outIndex,scaleShift as above. \param subImg the block; if it has no data, it gets memory that goes back
+  ///        through freeTile(). \return as above.
   int getTile(BaseOp& op, VXint64 outIndex, SubImg& subImg, const ScaleShiftData& scaleShift = ScaleShiftData());
   /// Delivers a tile into a buffer that the cache of this host accounts for.
-  /// \param buffer initialised here with priority 0, not locked. The rest is as above.
+  /// \param op,outIndex,box,dataType,scaleShift as above. \param buffer initialised here with priority 0, not locked.
+  /// \return as above.
   int getTile(BaseOp& op, VXint64 outIndex, SubImgBox box, int dataType, CachedBuffer& buffer,
               const ScaleShiftData& scaleShift = ScaleShiftData());
 
@@ -111,6 +113,7 @@ class VX_EXPORT Host {
 
   /// \name Progress
   ///@{
+
   /// Stores a callback and sends notification 0x100004. \param userData passed to it. \param cb null for none.
   void setProgressCB(void* userData, ProgressCB cb);
   /// \return the callback, or null.
@@ -123,6 +126,7 @@ class VX_EXPORT Host {
 
   /// \name Break check
   ///@{
+
   /// Stores a callback and sends notification 0x100002. Modules may ask on worker threads, so it must bear that.
   /// \param userData passed to it. \param cb null for none.
   void setBreakCheckCB(void* userData, BreakCheckCB cb);
@@ -138,6 +142,7 @@ class VX_EXPORT Host {
 
   /// \name Threads
   ///@{
+
   /// Sets the greatest number of threads of a calculation; a change sends notification 0x100001.
   /// \param numThreads any number; 0 counts as 1, and there are never more threads than pages to be calculated.
   void setMaxNumThreads(VXuint32 numThreads);
@@ -147,6 +152,7 @@ class VX_EXPORT Host {
 
   /// \name State of processing
   ///@{
+
   /// \return how many property updates and requests are running inside each other; 0 if none is.
   VXuint32 isProcessingActive() const { return _processingActive.load(std::memory_order_relaxed); }
   /// Adds 1 to the counter.
@@ -157,6 +163,7 @@ class VX_EXPORT Host {
 
   /// \name Figures
   ///@{
+
   /// \return the number of pages that modules have calculated since this host was made. From any thread.
   VXuint64 getNumPagesCalculated() const noexcept { return _numPagesCalculated.load(std::memory_order_relaxed); }
   /// \return how often a calculation found a page that it needed calculated already, since this host was made. From
@@ -172,6 +179,7 @@ class VX_EXPORT Host {
   /// \name Default host
   /// Not locked: one thread at a time.
   ///@{
+
   /// \return the host in use, made on the first call. \throw int ::VX_NO_MEMORY
   static Host& getDefaultHost();
   /// Deletes the default host. The next getDefaultHost() makes a new one.

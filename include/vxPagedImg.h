@@ -126,7 +126,8 @@ class VX_EXPORT PagedImg : public MedicalImageProperties {
   /// Finds the pages that cover a region. \param ids takes them in ascending order, and none where the region and the
   /// image have nothing in common. \param box region in image coordinates, may reach past the image.
   void getPageIDs(std::vector<VXint64>& ids, const SubImgBox& box) const;
-  /// The same for any image. \param imgExt extent of the image. \param pageExt extent of its pages, above 0.
+  /// The same for any image. \param ids,box as above. \param imgExt extent of the image. \param pageExt extent of its
+  /// pages, above 0.
   static void getPageIDs(std::vector<VXint64>& ids, const SubImgBox& box, const TVector<VXint64>& imgExt,
                          const TVector<VXint64>& pageExt);
 
@@ -153,12 +154,15 @@ class VX_EXPORT PagedImg : public MedicalImageProperties {
   /// \name Tiles
   /// See BaseOp::getTile(). A free-standing image reports as fatal, and the result is ::VX_MISUSED_INTERFACE.
   ///@{
-  /// \param data pointer to the memory, or to null for a tile that goes back through freeTile().
+
+  /// \param box region. \param dataType type of the tile's voxels. \param data pointer to the memory, or to null for a
+  ///        tile that goes back through freeTile(). \param scaleShift mapping of the values. \return 0 or an error
+  ///        code.
   int getTile(const SubImgBox& box, int dataType, void** data,
               const ScaleShiftData& scaleShift = ScaleShiftData()) const;
-  /// \param subImg block to be filled.
+  /// \param subImg block to be filled. \param scaleShift mapping of the values. \return 0 or an error code.
   int getTile(SubImg& subImg, const ScaleShiftData& scaleShift = ScaleShiftData()) const;
-  /// \param cachedBuffer takes the tile.
+  /// \param box,dataType,scaleShift as above. \param cachedBuffer takes the tile. \return 0 or an error code.
   int getTile(const SubImgBox& box, int dataType, CachedBuffer& cachedBuffer,
               const ScaleShiftData& scaleShift = ScaleShiftData()) const;
   ///@}

@@ -55,32 +55,35 @@ class VX_EXPORT StringConversion {
   /// `writeToStdString` gives integers as decimal digits with a sign only where negative (a `char` is a number too),
   /// and floating point numbers as `%g` does, so that infinities and NaN are words.
   ///@{
+
+  /// Reads a number of one type, see above. \param text any text. \param value takes the number.
   static bool readFromString(const std::string& text, char& value);
-  static bool readFromString(const std::string& text, unsigned char& value);
-  static bool readFromString(const std::string& text, short& value);
-  static bool readFromString(const std::string& text, unsigned short& value);
-  static bool readFromString(const std::string& text, int& value);
-  static bool readFromString(const std::string& text, unsigned int& value);
-  static bool readFromString(const std::string& text, long& value);
-  static bool readFromString(const std::string& text, unsigned long& value);
-  static bool readFromString(const std::string& text, VXint64& value);
-  static bool readFromString(const std::string& text, VXuint64& value);
-  static bool readFromString(const std::string& text, float& value);
-  static bool readFromString(const std::string& text, double& value);
-  static bool readFromString(const std::string& text, long double& value);
+  static bool readFromString(const std::string& text, unsigned char& value);   ///< \overload
+  static bool readFromString(const std::string& text, short& value);           ///< \overload
+  static bool readFromString(const std::string& text, unsigned short& value);  ///< \overload
+  static bool readFromString(const std::string& text, int& value);             ///< \overload
+  static bool readFromString(const std::string& text, unsigned int& value);    ///< \overload
+  static bool readFromString(const std::string& text, long& value);            ///< \overload
+  static bool readFromString(const std::string& text, unsigned long& value);   ///< \overload
+  static bool readFromString(const std::string& text, VXint64& value);         ///< \overload
+  static bool readFromString(const std::string& text, VXuint64& value);        ///< \overload
+  static bool readFromString(const std::string& text, float& value);           ///< \overload
+  static bool readFromString(const std::string& text, double& value);          ///< \overload
+  static bool readFromString(const std::string& text, long double& value);     ///< \overload
+  /// \return a number of one type as text, see above.
   static std::string writeToStdString(char value);
-  static std::string writeToStdString(unsigned char value);
-  static std::string writeToStdString(short value);
-  static std::string writeToStdString(unsigned short value);
-  static std::string writeToStdString(int value);
-  static std::string writeToStdString(unsigned int value);
-  static std::string writeToStdString(long value);
-  static std::string writeToStdString(unsigned long value);
-  static std::string writeToStdString(VXint64 value);
-  static std::string writeToStdString(VXuint64 value);
-  static std::string writeToStdString(float value);
-  static std::string writeToStdString(double value);
-  static std::string writeToStdString(long double value);
+  static std::string writeToStdString(unsigned char value);   ///< \overload
+  static std::string writeToStdString(short value);           ///< \overload
+  static std::string writeToStdString(unsigned short value);  ///< \overload
+  static std::string writeToStdString(int value);             ///< \overload
+  static std::string writeToStdString(unsigned int value);    ///< \overload
+  static std::string writeToStdString(long value);            ///< \overload
+  static std::string writeToStdString(unsigned long value);   ///< \overload
+  static std::string writeToStdString(VXint64 value);         ///< \overload
+  static std::string writeToStdString(VXuint64 value);        ///< \overload
+  static std::string writeToStdString(float value);           ///< \overload
+  static std::string writeToStdString(double value);          ///< \overload
+  static std::string writeToStdString(long double value);     ///< \overload
   ///@}
 
   /// \name Vectors, matrices and boxes
@@ -115,12 +118,12 @@ class VX_EXPORT StringConversion {
     return _VXwriteMatToStdString(value, Vec::size());
   }
 
-  static bool readFromString(const std::string& text, TVector<VXint64>& value);
-  static bool readFromString(const std::string& text, TSubImgBox<VXint64>& value);
-  static bool readFromString(const std::string& text, SubImgBoxf& value);
-  static std::string writeToStdString(const TVector<VXint64>& value);
-  static std::string writeToStdString(const TSubImgBox<VXint64>& value);
-  static std::string writeToStdString(const SubImgBoxf& value);
+  static bool readFromString(const std::string& text, TVector<VXint64>& value);     ///< \overload
+  static bool readFromString(const std::string& text, TSubImgBox<VXint64>& value);  ///< \overload
+  static bool readFromString(const std::string& text, SubImgBoxf& value);           ///< \overload
+  static std::string writeToStdString(const TVector<VXint64>& value);               ///< \overload
+  static std::string writeToStdString(const TSubImgBox<VXint64>& value);            ///< \overload
+  static std::string writeToStdString(const SubImgBoxf& value);                     ///< \overload
   ///@}
 
   /// Gives an object its persistent state by Base::setPersistentState(). What that throws passes.

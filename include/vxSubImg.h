@@ -136,7 +136,7 @@ class VX_EXPORT SubImg : public ImageProperties {
   /// \return index of the voxel in memory order; wraps where it exceeds 64 bits.
   static VXint64 coordToIndex(VXint64 x, VXint64 y, VXint64 z, VXint64 c, VXint64 t, VXint64 u,
                               const TVector<VXint64>& ext);
-  /// \copydoc coordToIndex()
+  /// The same. \param position relative to the first voxel. \param ext extent of a block. \return the index.
   static VXint64 coordToIndex(const TVector<VXint64>& position, const TVector<VXint64>& ext);
   /// The inverse of coordToIndex().
   /// \throw int ::VX_BAD_POINTER, reported as fatal, if a component of the extent other than u is 0.

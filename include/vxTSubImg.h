@@ -46,7 +46,9 @@ class VX_EXPORT TSubImg : public SubImg {
   /// fatal with ::VX_BAD_DATA_TYPE; the view then reads the memory as `T` all the same.
   // NOLINTNEXTLINE(google-explicit-constructor)
   TSubImg(const SubImg& subImg);
+  /// A copy is a view of the same voxels.
   TSubImg(const TSubImg& other) = default;
+  /// \copydoc TSubImg(const TSubImg&)
   TSubImg& operator=(const TSubImg& other) = default;
   ~TSubImg() override;
 
@@ -71,7 +73,7 @@ class VX_EXPORT TSubImg : public SubImg {
   /// Sets all voxels. \throw int ::VX_BAD_POINTER, reported as fatal, without data.
   void fillSubImg(Voxel value);
 
-  /// Sets all voxels outside a box. \param box need not lie within the block and may be empty.
+  /// Sets all voxels outside a box. \param box need not lie within the block and may be empty. \param value the voxel.
   /// \throw std::bad_alloc without memory for one line. \throw int ::VX_BAD_POINTER, reported as fatal, without data.
   void fillBordersWithFillValue(const SubImgBox& box, Voxel value);
   /// Copies voxels from another block to all positions outside a box; signed and unsigned integers of one width are

@@ -51,9 +51,14 @@ class VX_EXPORT TreeNode {
   /// What a file or text looks like is the format's to say. Texts are not null; a text that writeToString() gives goes
   /// back through deleteString().
   ///@{
+
+  /// Writes the tree below this root to a file. \param fileName path.
   virtual void writeToFile(const char* fileName);
+  /// Makes the tree that a file holds. \param fileName path.
   virtual void readFromFile(const char* fileName);
+  /// Writes the tree below this root. \param text takes the text.
   virtual void writeToString(char*& text);
+  /// Makes the tree that a text holds. \param text stays the caller's.
   virtual void readFromString(const char* text);
   ///@}
 
@@ -63,33 +68,34 @@ class VX_EXPORT TreeNode {
 
   /// Adds a child that holds children of its own. \return that child, which stays the tree's.
   virtual TreeNode* addChild(const char* name);
-  /// Adds an object by Base::addStateToTree(). \param flag its meaning is the format's.
+  /// Adds an object by Base::addStateToTree(). \param object,name what, and under which name. \param flag its meaning
+  /// is the format's.
   virtual void addChild(const Base* const object, const char* name, bool flag = false);
-  /// Adds a block of memory. \param size in bytes.
+  /// Adds a block of memory. \param data,size its first byte and its size in bytes. \param name of the child.
   virtual void addChild(const void* const data, unsigned int size, const char* name);
-  virtual void addChild(const SubImgBoxf& value, const char* name);
-  virtual void addChild(const TSubImgBox<VXint64>& value, const char* name);
-  virtual void addChild(const Tmat4<double>& value, const char* name);
-  virtual void addChild(const Tmat3<double>& value, const char* name);
-  virtual void addChild(const TVector<VXint64>& value, const char* name);
-  virtual void addChild(const Tvec6<double>& value, const char* name);
-  virtual void addChild(const Tvec4<double>& value, const char* name);
-  virtual void addChild(const Tvec3<double>& value, const char* name);
-  virtual void addChild(const Tvec2<double>& value, const char* name);
-  virtual void addChild(const char* const value, const char* name);
-  virtual void addChild(long double value, const char* name);
-  virtual void addChild(double value, const char* name);
-  virtual void addChild(float value, const char* name);
-  virtual void addChild(VXint64 value, const char* name);
-  virtual void addChild(VXuint64 value, const char* name);
-  virtual void addChild(long value, const char* name);
-  virtual void addChild(unsigned long value, const char* name);
-  virtual void addChild(int value, const char* name);
-  virtual void addChild(unsigned int value, const char* name);
-  virtual void addChild(short value, const char* name);
-  virtual void addChild(unsigned short value, const char* name);
-  virtual void addChild(char value, const char* name);
-  virtual void addChild(unsigned char value, const char* name);
+  virtual void addChild(const SubImgBoxf& value, const char* name);           ///< \overload
+  virtual void addChild(const TSubImgBox<VXint64>& value, const char* name);  ///< \overload
+  virtual void addChild(const Tmat4<double>& value, const char* name);        ///< \overload
+  virtual void addChild(const Tmat3<double>& value, const char* name);        ///< \overload
+  virtual void addChild(const TVector<VXint64>& value, const char* name);     ///< \overload
+  virtual void addChild(const Tvec6<double>& value, const char* name);        ///< \overload
+  virtual void addChild(const Tvec4<double>& value, const char* name);        ///< \overload
+  virtual void addChild(const Tvec3<double>& value, const char* name);        ///< \overload
+  virtual void addChild(const Tvec2<double>& value, const char* name);        ///< \overload
+  virtual void addChild(const char* const value, const char* name);           ///< \overload
+  virtual void addChild(long double value, const char* name);                 ///< \overload
+  virtual void addChild(double value, const char* name);                      ///< \overload
+  virtual void addChild(float value, const char* name);                       ///< \overload
+  virtual void addChild(VXint64 value, const char* name);                     ///< \overload
+  virtual void addChild(VXuint64 value, const char* name);                    ///< \overload
+  virtual void addChild(long value, const char* name);                        ///< \overload
+  virtual void addChild(unsigned long value, const char* name);               ///< \overload
+  virtual void addChild(int value, const char* name);                         ///< \overload
+  virtual void addChild(unsigned int value, const char* name);                ///< \overload
+  virtual void addChild(short value, const char* name);                       ///< \overload
+  virtual void addChild(unsigned short value, const char* name);              ///< \overload
+  virtual void addChild(char value, const char* name);                        ///< \overload
+  virtual void addChild(unsigned char value, const char* name);               ///< \overload
   /// Written through the form for `unsigned long`, though it is read through the one for `long`.
   virtual void addChild(bool value, const char* name);
   ///@}
@@ -99,38 +105,39 @@ class VX_EXPORT TreeNode {
 
   /// \return whether there is a child of that name.
   virtual bool hasChild(const char* name);
-  /// Reads a text. \param value takes it; it goes back through deleteString().
+  /// Reads a text. \param name of the child. \param value takes it; it goes back through deleteString().
   virtual void readChild(char*& value, const char* name);
-  /// Finds a child that holds children. \param value takes it; it stays the tree's.
+  /// Finds a child that holds children. \param name of the child. \param value takes it; it stays the tree's.
   virtual void readChild(TreeNode*& value, const char* name);
   /// Reads the state of an object that exists already, by Base::readStateFromTree().
   virtual void readChild(Base& value, const char* name);
-  /// Makes an object and reads its state. \param value takes the object, which is the caller's.
+  /// Makes an object and reads its state. \param name of the child. \param value takes the object, which is the
+  /// caller's.
   virtual void readChild(Base*& value, const char* name);
-  /// Reads a block of memory. \param value takes it. \param size takes its size in bytes.
+  /// Reads a block of memory. \param name of the child. \param value takes it. \param size takes its size in bytes.
   virtual void readChild(void*& value, unsigned long& size, const char* name);
-  virtual void readChild(SubImgBoxf& value, const char* name);
-  virtual void readChild(TSubImgBox<VXint64>& value, const char* name);
-  virtual void readChild(Tmat4<double>& value, const char* name);
-  virtual void readChild(Tmat3<double>& value, const char* name);
-  virtual void readChild(TVector<VXint64>& value, const char* name);
-  virtual void readChild(Tvec6<double>& value, const char* name);
-  virtual void readChild(Tvec4<double>& value, const char* name);
-  virtual void readChild(Tvec3<double>& value, const char* name);
-  virtual void readChild(Tvec2<double>& value, const char* name);
-  virtual void readChild(long double& value, const char* name);
-  virtual void readChild(double& value, const char* name);
-  virtual void readChild(float& value, const char* name);
-  virtual void readChild(VXuint64& value, const char* name);
-  virtual void readChild(VXint64& value, const char* name);
-  virtual void readChild(unsigned long& value, const char* name);
-  virtual void readChild(long& value, const char* name);
-  virtual void readChild(unsigned int& value, const char* name);
-  virtual void readChild(int& value, const char* name);
-  virtual void readChild(unsigned short& value, const char* name);
-  virtual void readChild(short& value, const char* name);
-  virtual void readChild(unsigned char& value, const char* name);
-  virtual void readChild(char& value, const char* name);
+  virtual void readChild(SubImgBoxf& value, const char* name);           ///< \overload
+  virtual void readChild(TSubImgBox<VXint64>& value, const char* name);  ///< \overload
+  virtual void readChild(Tmat4<double>& value, const char* name);        ///< \overload
+  virtual void readChild(Tmat3<double>& value, const char* name);        ///< \overload
+  virtual void readChild(TVector<VXint64>& value, const char* name);     ///< \overload
+  virtual void readChild(Tvec6<double>& value, const char* name);        ///< \overload
+  virtual void readChild(Tvec4<double>& value, const char* name);        ///< \overload
+  virtual void readChild(Tvec3<double>& value, const char* name);        ///< \overload
+  virtual void readChild(Tvec2<double>& value, const char* name);        ///< \overload
+  virtual void readChild(long double& value, const char* name);          ///< \overload
+  virtual void readChild(double& value, const char* name);               ///< \overload
+  virtual void readChild(float& value, const char* name);                ///< \overload
+  virtual void readChild(VXuint64& value, const char* name);             ///< \overload
+  virtual void readChild(VXint64& value, const char* name);              ///< \overload
+  virtual void readChild(unsigned long& value, const char* name);        ///< \overload
+  virtual void readChild(long& value, const char* name);                 ///< \overload
+  virtual void readChild(unsigned int& value, const char* name);         ///< \overload
+  virtual void readChild(int& value, const char* name);                  ///< \overload
+  virtual void readChild(unsigned short& value, const char* name);       ///< \overload
+  virtual void readChild(short& value, const char* name);                ///< \overload
+  virtual void readChild(unsigned char& value, const char* name);        ///< \overload
+  virtual void readChild(char& value, const char* name);                 ///< \overload
   /// Read through the form for `long`: true for all but 0.
   virtual void readChild(bool& value, const char* name);
   /// Releases a text that this node gave. Null is for the format to treat.

@@ -56,10 +56,12 @@ class VX_EXPORT TreeNodeException {
 #undef VX_DEFINE_TREE_NODE_ERROR
   };
 
-  /// \param errCode what failed, one of ::Code or any other number.
+  /// \param errCode what failed, one of #Code or any other number.
   /// \param additionalInfo further text or null. It isn't copied: pass a literal, or what outlives the exception.
   explicit TreeNodeException(int errCode, const char* additionalInfo = nullptr) noexcept;
+  /// A copy shares the further text.
   TreeNodeException(const TreeNodeException&) = default;
+  /// \copydoc TreeNodeException(const TreeNodeException&)
   TreeNodeException& operator=(const TreeNodeException&) = default;
 
   virtual ~TreeNodeException();

@@ -43,7 +43,9 @@
 typedef struct VXTypePropBits {
   VXuint32 words[4];  ///< Word 0 to word 3.
 #ifdef __cplusplus
+  /// \param word 0 to 3, not checked. \return that word.
   VXuint32& operator[](unsigned int word) { return words[word]; }
+  /// \copydoc operator[]()
   const VXuint32& operator[](unsigned int word) const { return words[word]; }
 #endif
 } VXTypePropBits;
@@ -271,7 +273,8 @@ VX_C_API void VXTypeSetAllIntComponents(const VXTypeInfos* infos, int value, voi
 /// Shifts a component. Integers shift at their own width by the low five bits of the distance (six for code '6'), to
 /// the right with their sign; floating point numbers are multiplied or divided by the power of two; code 'b' shifted
 /// to the left is 0.
-/// \param n distance to the left, negative to the right; 0 copies. \param source,result may be one; null is ignored.
+/// \param code component code. \param n distance to the left, negative to the right; 0 copies. \param source,result may
+/// be one; null is ignored.
 VX_C_API void VXTypeShiftLeftComponent(char code, const void* source, int n, void* result);
 /// Shifts each component, see VXTypeShiftLeftComponent(). A null `infos` is an error with ::VX_BAD_POINTER.
 VX_C_API void VXTypeShiftComponentsLeft(const VXTypeInfos* infos, const void* source, int n, void* result);
@@ -281,6 +284,7 @@ VX_C_API void VXTypeShiftComponentsLeft(const VXTypeInfos* infos, const void* so
 // VX_MAX_TYPE_TEXT_LENGTH characters. Texts are given back by VXFree().
 
 /// Makes the text of a voxel.
+/// \param infos record of its type. \param voxel the voxel.
 /// \param numDigits digits behind the point of a floating point component, at most 6 for float and 15 for double;
 ///        negative for the shortest form of that many significant digits.
 /// \return the text, null for a null argument or without memory.
@@ -291,6 +295,7 @@ VX_C_API char* VXTypeComponentsToString(const VXTypeInfos* infos, const void* vo
 VX_C_API char* VXTypeComponentsToStringLimited(const VXTypeInfos* infos, const void* voxel, int numDigits);
 
 /// Makes the text of a voxel.
+/// \param voxel the voxel. \param dataType its type.
 /// \param errorCode may be null; becomes 0, or ::VX_BAD_DATA_TYPE for an invalid type.
 /// \param numDigits as in _VXTypeComponentsToString().
 /// \return the text, an empty one after a failure.
@@ -303,6 +308,7 @@ VX_C_API char* VXGetVoxelValueAsStringLimited(const void* voxel, VXDataType data
 /// Reads a voxel from a text. Integers may stand in decimal, octal ("010") or hexadecimal ("0x10") form, but for code
 /// '6', which is decimal; those beyond 32 bits become the nearest 32-bit limit and then keep the low bytes that the
 /// component has.
+/// \param infos record of the type. \param text the components in order, with white space between.
 /// \param defaultVoxel gives the component that could not be read and all behind it. With null a component that could
 ///        not be read stays as it was, the walk goes on with the next one, and the result is 1 all the same.
 /// \param result the voxel.
@@ -311,9 +317,9 @@ VX_C_API int VXTypeComponentsFromString(const VXTypeInfos* infos, const char* te
                                         void* result);
 
 /// Reads the components of a voxel from a text as floating point numbers.
-/// \param text as in VXTypeComponentsFromString(). \param values takes a number for each component read.
-/// \param maxNumValues room in `values`.
-/// \return how many components were read, up to the first that could not be; 0 for a null argument.
+/// \param infos record of the type. \param text as in VXTypeComponentsFromString(). \param values takes a number for
+/// each component read. \param maxNumValues room in `values`. \return how many components were read, up to the first
+/// that could not be; 0 for a null argument.
 VX_C_API VXuint32 VXTypeGetDataValuesFromString(const VXTypeInfos* infos, const char* text, double* values,
                                                 VXuint32 maxNumValues);
 
@@ -321,8 +327,8 @@ VX_C_API VXuint32 VXTypeGetDataValuesFromString(const VXTypeInfos* infos, const 
 
 /// Swaps the bytes of each component. Bytes between components are left alone. Null pointers are ignored. An unknown
 /// code ends the work on each voxel with an error message, ::VX_BAD_PARAMETER.
-/// \param source,result voxels of `typeSize` bytes, one behind the other; may be one block.
-/// \param count number of voxels.
+/// \param infos record of the type. \param source,result voxels of `typeSize` bytes, one behind the other; may be one
+/// block. \param count number of voxels.
 VX_C_API void VXTypeToggleEndianType(const VXTypeInfos* infos, const void* source, void* result, VXuint64 count);
 /// As VXTypeToggleEndianType() on a big-endian machine; nothing, not even a copy, on a little-endian one.
 VX_C_API void VXTypeConvertToLittleEndian(const VXTypeInfos* infos, const void* source, void* result, VXuint64 count);
@@ -366,6 +372,7 @@ VX_C_API void VXTypeBinaryXor(const VXTypeInfos* infos, const unsigned char* a, 
 
 /// Casts a voxel of my type to another: a copy of the bytes within one type, otherwise component by component as
 /// floating point numbers, as far as both have components; further components of the other stay.
+/// \param myInfos,myData my type and voxel. \param otherInfos the other type.
 /// \param otherData takes the result; may be `myData`.
 VX_C_API void VXTypeCastToOtherType(const VXTypeInfos* myInfos, const unsigned char* myData,
                                     const VXTypeInfos* otherInfos, unsigned char* otherData);
@@ -381,6 +388,7 @@ VX_C_API short VXTypeIsGreaterThanOtherType(const VXTypeInfos* myInfos, const un
                                             const VXTypeInfos* otherInfos, const unsigned char* otherData);
 
 /// Casts the other voxel into `result` as my type, then combines my voxel with it by my type's `multWithType`.
+/// \param myInfos,myData my type and voxel. \param otherInfos,otherData the other type and voxel.
 /// \param result a voxel of my type; may be `myData` or `otherData`.
 VX_C_API void VXTypeMultWithOtherType(const VXTypeInfos* myInfos, const unsigned char* myData,
                                       const VXTypeInfos* otherInfos, const unsigned char* otherData,
@@ -407,8 +415,9 @@ VX_C_API void VXTypePowerOfOtherType(const VXTypeInfos* myInfos, const unsigned 
 
 /// Reads a voxel from a stream, component by component, with the rule of VXTypeComponentsFromString(): the component
 /// that could not be read, and all behind it, come from the default.
-/// \param stream texts separated by white space; it is left behind the last text that was taken.
-/// \param defaultVoxel null takes the type's own default; a type without one is an error, ::VX_NO_DEFAULT_VALUE, and
+/// \param infos record of the type. \param stream texts separated by white space; it is left behind the last text that
+/// was taken. \param defaultVoxel null takes the type's own default; a type without one is an error,
+/// ::VX_NO_DEFAULT_VALUE, and
 ///        nothing is read.
 /// \param result the voxel.
 /// \return how many components were read; 0 for a null pointer.
@@ -446,49 +455,49 @@ inline void VXTypeInfosPop(VXTypePushSingleInfo first, VXTypePushSingleInfo seco
 // own arguments on as they come. They are templates so that a call where both would do, one with null pointers, takes
 // the function of the C interface.
 
-/// \copydoc VXTypeIsEqualToOtherType
+/// The function of the C interface in the order of the record's member.
 template <class = void>
 short VXTypeIsEqualToOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
                                const unsigned char* otherData, const unsigned char* myData) {
   return VXTypeIsEqualToOtherType(myInfos, myData, otherInfos, otherData);
 }
-/// \copydoc VXTypeIsSmallerThanOtherType
+/// The function of the C interface in the order of the record's member.
 template <class = void>
 short VXTypeIsSmallerThanOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
                                    const unsigned char* otherData, const unsigned char* myData) {
   return VXTypeIsSmallerThanOtherType(myInfos, myData, otherInfos, otherData);
 }
-/// \copydoc VXTypeIsGreaterThanOtherType
+/// The function of the C interface in the order of the record's member.
 template <class = void>
 short VXTypeIsGreaterThanOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos,
                                    const unsigned char* otherData, const unsigned char* myData) {
   return VXTypeIsGreaterThanOtherType(myInfos, myData, otherInfos, otherData);
 }
-/// \copydoc VXTypeMultWithOtherType
+/// The function of the C interface in the order of the record's member.
 template <class = void>
 void VXTypeMultWithOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos, const unsigned char* otherData,
                              const unsigned char* myData, unsigned char* result) {
   VXTypeMultWithOtherType(myInfos, myData, otherInfos, otherData, result);
 }
-/// \copydoc VXTypeDivByOtherType
+/// The function of the C interface in the order of the record's member.
 template <class = void>
 void VXTypeDivByOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos, const unsigned char* otherData,
                           const unsigned char* myData, unsigned char* result) {
   VXTypeDivByOtherType(myInfos, myData, otherInfos, otherData, result);
 }
-/// \copydoc VXTypeAddOtherType
+/// The function of the C interface in the order of the record's member.
 template <class = void>
 void VXTypeAddOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos, const unsigned char* otherData,
                         const unsigned char* myData, unsigned char* result) {
   VXTypeAddOtherType(myInfos, myData, otherInfos, otherData, result);
 }
-/// \copydoc VXTypeSubtractOtherType
+/// The function of the C interface in the order of the record's member.
 template <class = void>
 void VXTypeSubtractOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos, const unsigned char* otherData,
                              const unsigned char* myData, unsigned char* result) {
   VXTypeSubtractOtherType(myInfos, myData, otherInfos, otherData, result);
 }
-/// \copydoc VXTypePowerOfOtherType
+/// The function of the C interface in the order of the record's member.
 template <class = void>
 void VXTypePowerOfOtherType(const VXTypeInfos* myInfos, const VXTypeInfos* otherInfos, const unsigned char* otherData,
                             const unsigned char* myData, unsigned char* result) {

@@ -27,34 +27,48 @@ typedef void (*VXTypeSetOp)(unsigned char* result);
 /// An operation on one voxel.
 typedef void (*VXTypeUnaryOp)(const unsigned char* voxel, unsigned char* result);
 
-/// Casts from a voxel.
+/// Casts a voxel to a truth value: 1 or 0.
 typedef short (*VXTypeToBoolOp)(const unsigned char* voxel);
+/// Casts a voxel to an integer.
 typedef int (*VXTypeToIntOp)(const unsigned char* voxel);
+/// Casts a voxel to a floating point number.
 typedef VXldouble (*VXTypeToDoubleOp)(const unsigned char* voxel);
+/// Casts a voxel to one of the type `other`.
 typedef void (*VXTypeToOtherOp)(const unsigned char* voxel, const struct VXTypeInfos* other, unsigned char* result);
-/// Casts to a voxel.
+/// Casts a truth value, 1 or 0, to a voxel.
 typedef void (*VXTypeFromBoolOp)(short value, unsigned char* result);
+/// Casts an integer to a voxel.
 typedef void (*VXTypeFromIntOp)(int value, unsigned char* result);
+/// Casts a floating point number to a voxel.
 typedef void (*VXTypeFromDoubleOp)(double value, unsigned char* result);
+/// Casts a voxel of the type `other` to one of the record's type.
 typedef void (*VXTypeFromOtherOp)(const struct VXTypeInfos* other, const unsigned char* voxel, unsigned char* result);
 
-/// Operations on a voxel and a second operand; the name tells on which side a number stands.
+/// An operation on a voxel, the left operand, and an integer.
 typedef void (*VXTypeTypeIntOp)(const unsigned char* voxel, int value, unsigned char* result);
+/// An operation on a voxel, the left operand, and a floating point number.
 typedef void (*VXTypeTypeDoubleOp)(const unsigned char* voxel, double value, unsigned char* result);
+/// An operation on an integer, the left operand, and a voxel.
 typedef void (*VXTypeIntTypeOp)(int value, const unsigned char* voxel, unsigned char* result);
+/// An operation on a floating point number, the left operand, and a voxel.
 typedef void (*VXTypeDoubleTypeOp)(double value, const unsigned char* voxel, unsigned char* result);
+/// An operation on two voxels of the record's type, `a` being the left operand.
 typedef void (*VXTypeTypeTypeOp)(const unsigned char* a, const unsigned char* b, unsigned char* result);
-/// `a` is of the record's own type and the left operand, `b` is of the type `other`.
+/// An operation on two voxels: `a` is of the record's own type and the left operand, `b` is of the type `other`.
 typedef void (*VXTypeOtherTypeOp)(const struct VXTypeInfos* other, const unsigned char* b, const unsigned char* a,
                                   unsigned char* result);
 
-/// Comparisons: 1 or 0.
+/// Compares a voxel, the left operand, with an integer: 1 or 0.
 typedef short (*VXTypeTypeIntTest)(const unsigned char* voxel, int value);
+/// Compares a voxel, the left operand, with a floating point number: 1 or 0.
 typedef short (*VXTypeTypeDoubleTest)(const unsigned char* voxel, double value);
+/// Compares an integer, the left operand, with a voxel: 1 or 0.
 typedef short (*VXTypeIntTypeTest)(int value, const unsigned char* voxel);
+/// Compares a floating point number, the left operand, with a voxel: 1 or 0.
 typedef short (*VXTypeDoubleTypeTest)(double value, const unsigned char* voxel);
+/// Compares two voxels of the record's type, `a` being the left operand: 1 or 0.
 typedef short (*VXTypeTypeTypeTest)(const unsigned char* a, const unsigned char* b);
-/// `a` is of the record's own type and the left operand, `b` is of the type `other`.
+/// Compares two voxels, 1 or 0: `a` is of the record's own type and the left operand, `b` is of the type `other`.
 typedef short (*VXTypeOtherTypeTest)(const struct VXTypeInfos* other, const unsigned char* b, const unsigned char* a);
 
 #ifdef __cplusplus

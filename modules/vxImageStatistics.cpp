@@ -6,9 +6,8 @@
 // update     notify                  calculates the results
 // numBins    int     256             bins of the histogram, 0 to 65536; 0 for none
 // rangeMin   double  0               lower limit of the first bin
-// rangeMax   double  0               upper limit of the last bin, which belongs to it; where it isn't above rangeMin,
-// the
-//                                    histogram runs from the minimum to the maximum, which takes a second walk
+// rangeMax   double  0               upper limit of the last bin, which belongs to it; unless it is above rangeMin,
+//                                    the histogram runs from the minimum to the maximum, which takes a second walk
 // status     string  not calculated  "ok", or why the results are empty
 // count      string                  number of voxels that aren't NaN; NaN is passed over by all results
 // minimum    string                  smallest value

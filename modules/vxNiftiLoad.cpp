@@ -9,8 +9,7 @@
 // Field         Type    Default  Meaning
 // filename      string           path of the .nii, .nii.gz, .hdr or .hdr.gz file; of .img too if its .hdr is beside it
 // reload        notify           looks at the file again
-// applyScaling  bool    1        whether voxels are scaled and shifted as the file says. Where that changes anything,
-// the
+// applyScaling  bool    1        whether voxels are scaled and shifted as the file says. Where that changes them, the
 //                                voxel type is float, or double for types of 32 bits and more other than float
 // memoryLimit   int     4096     largest size of decompressed voxels, in MB
 //

@@ -3,10 +3,9 @@
 // Input 0: the image, of any voxel type. Output 0: the same voxels in another order.
 //
 // Field  Type    Default  Meaning
-// axes   string  xyzctu   for each dimension of the output, in the order x y z c t u, the letter of the dimension of
-// the
-//                         input that it shows. Each letter stands once. Letters at the end that stay where they are
-//                         may be left out: yx exchanges x and y
+// axes   string  xyzctu   for each dimension of the output, in the order x y z c t u, the letter of that dimension of
+//                         the input that it shows. Each letter stands once. Letters at the end that stay where they
+//                         are may be left out: yx exchanges x and y
 //
 // Columns of the world matrix go with their axes, so that each voxel stays where it is in the world. A spatial
 // dimension of the output that shows c, t or u takes the column of a spatial dimension that is gone.

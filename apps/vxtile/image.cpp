@@ -94,9 +94,11 @@ std::vector<Box> cutBox(const Box& box, const Extent& pageExtent, std::size_t vo
   const std::size_t axis = rules.order[cut];
   const int page = std::max(pageExtent[axis], 1);
   std::size_t thickness = std::max<std::size_t>(pieceBytes / sliceBytes, 1);
-  // A piece thinner than a page needs that page again, so a larger one is better, within limits.
+  // A piece thinner than a page needs that page again, which may have gone meanwhile. So it is larger, within limits:
+  // as thick as a page, or else half of it, a third, and so on.
   const auto pageThickness = static_cast<std::size_t>(page);
-  if (thickness < pageThickness && multiplied(sliceBytes, pageThickness) <= 8 * pieceBytes) thickness = pageThickness;
+  const std::size_t numParts = (multiplied(sliceBytes, pageThickness) - 1) / multiplied(pieceBytes, 4) + 1;
+  thickness = std::max(thickness, pageThickness / numParts);
 
   std::vector<Box> pieces;
   Box piece = box;

@@ -16,11 +16,13 @@ namespace {
 
 using vxtile::ExitCode;
 
-// The allocator of glibc puts larger and larger blocks on the heap once a large one was freed, such as a decompressed
-// file. Pages of many sizes then leave holes there that can't be given back: several times the limit of the cache.
+// The heap of glibc leaves holes between pages that come and go: an aligned block doesn't fit into the hole of one of
+// the same size. Blocks with memory of their own go back as a whole. The value is below that of a page of 64 KB, the
+// usual size; set by hand it stays, else it would grow with the first large block that is freed, such as a decompressed
+// file.
 void keepPagesOffTheHeap() {
 #ifdef __GLIBC__
-  ::mallopt(M_MMAP_THRESHOLD, 128 * 1024);  // what it starts with; set by hand it stays
+  ::mallopt(M_MMAP_THRESHOLD, 32 * 1024);
 #endif
 }
 

@@ -92,18 +92,22 @@ class TmatBase {
     return _rows[_checkRow(i, _labels().constRow)];
   }
 
+  /// Adds component by component. \return this matrix.
   constexpr Mat& operator+=(const Mat& other) noexcept {
     for (std::size_t i = 0; i < N; ++i) _rows[i] += other[i];
     return _self();
   }
+  /// Subtracts component by component. \return this matrix.
   constexpr Mat& operator-=(const Mat& other) noexcept {
     for (std::size_t i = 0; i < N; ++i) _rows[i] -= other[i];
     return _self();
   }
+  /// Multiplies each component. \return this matrix.
   constexpr Mat& operator*=(ValueType factor) noexcept {
     for (Vec& row : _rows) row *= factor;
     return _self();
   }
+  /// Divides each component. \return this matrix.
   constexpr Mat& operator/=(ValueType divisor) noexcept {
     for (Vec& row : _rows) row /= divisor;
     return _self();
@@ -116,6 +120,7 @@ class TmatBase {
   friend constexpr Mat operator*(Mat a, ValueType factor) noexcept { return a *= factor; }
   friend constexpr Mat operator*(ValueType factor, Mat a) noexcept { return a *= factor; }
   friend constexpr Mat operator/(Mat a, ValueType divisor) noexcept { return a /= divisor; }
+  /// \return the matrix of the negated components.
   constexpr Mat operator-() const noexcept {
     Mat negated;
     for (std::size_t i = 0; i < N; ++i) negated[i] = -_rows[i];

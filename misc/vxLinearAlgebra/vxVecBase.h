@@ -52,19 +52,26 @@ class TvecBase {
   constexpr DT* data() noexcept { return _values; }
   /// \copydoc data()
   constexpr const DT* data() const noexcept { return _values; }
+  /// \return the first component, for loops over all of them.
   constexpr DT* begin() noexcept { return _values; }
+  /// \return the place behind the last component.
   constexpr DT* end() noexcept { return _values + N; }
+  /// \copydoc begin()
   constexpr const DT* begin() const noexcept { return _values; }
+  /// \copydoc end()
   constexpr const DT* end() const noexcept { return _values + N; }
 
+  /// Adds component by component. \return this vector.
   constexpr Vec& operator+=(const Vec& other) noexcept {
     for (std::size_t i = 0; i < N; ++i) _values[i] += other[i];
     return _self();
   }
+  /// Subtracts component by component. \return this vector.
   constexpr Vec& operator-=(const Vec& other) noexcept {
     for (std::size_t i = 0; i < N; ++i) _values[i] -= other[i];
     return _self();
   }
+  /// Multiplies each component. \return this vector.
   constexpr Vec& operator*=(DT factor) noexcept {
     for (DT& component : _values) component *= factor;
     return _self();
@@ -82,6 +89,7 @@ class TvecBase {
   friend constexpr Vec operator/(Vec a, DT divisor) noexcept { return a /= divisor; }
   /// The dot product.
   friend constexpr DT operator*(const Vec& a, const Vec& b) noexcept { return a.dot(b); }
+  /// \return the vector of the negated components.
   constexpr Vec operator-() const noexcept {
     Vec negated;
     for (std::size_t i = 0; i < N; ++i) negated[i] = -_values[i];
@@ -145,13 +153,13 @@ constexpr DT dot(const TvecBase<Vec, DT, N>& a, const TvecBase<Vec, DT, N>& b) n
   return a.dot(static_cast<const Vec&>(b));
 }
 
-/// \copydoc TvecBase::compMin()
+/// \return the smaller of each pair of components, see TvecBase::compMin().
 template <class Vec, class DT, std::size_t N>
 constexpr Vec compMin(const TvecBase<Vec, DT, N>& a, const TvecBase<Vec, DT, N>& b) noexcept {
   return Vec::compMin(static_cast<const Vec&>(a), static_cast<const Vec&>(b));
 }
 
-/// \copydoc TvecBase::compMax()
+/// \return the greater of each pair of components, see TvecBase::compMax().
 template <class Vec, class DT, std::size_t N>
 constexpr Vec compMax(const TvecBase<Vec, DT, N>& a, const TvecBase<Vec, DT, N>& b) noexcept {
   return Vec::compMax(static_cast<const Vec&>(a), static_cast<const Vec&>(b));

@@ -82,6 +82,7 @@ class TVector {
   friend constexpr TVector operator*(TVector a, intT factor) noexcept { return a *= factor; }
   friend constexpr TVector operator*(intT factor, TVector a) noexcept { return a *= factor; }
   friend constexpr TVector operator/(TVector a, intT divisor) { return a /= divisor; }
+  /// \return the vector of the negated components, wrapped.
   constexpr TVector operator-() const noexcept { return TVector() - *this; }
 
   friend constexpr bool operator==(const TVector& a, const TVector& b) noexcept {
@@ -204,13 +205,13 @@ TVector<intT> divCeil(const TVector<intT>& a, const TVector<intT>& b) {
   return TVector<intT>::divCeil(a, b);
 }
 
-/// \copydoc TVector::compMin()
+/// \return the smaller of each pair of components.
 template <class intT>
 constexpr TVector<intT> compMin(const TVector<intT>& a, const TVector<intT>& b) noexcept {
   return TVector<intT>::compMin(a, b);
 }
 
-/// \copydoc TVector::compMax()
+/// \return the greater of each pair of components.
 template <class intT>
 constexpr TVector<intT> compMax(const TVector<intT>& a, const TVector<intT>& b) noexcept {
   return TVector<intT>::compMax(a, b);

@@ -14,12 +14,15 @@ namespace wrapping {
 /// would be promoted to a signed type. T itself where it is no integer.
 template <class T, bool isInteger = std::is_integral_v<T>>
 struct Carrier {
-  using Type = T;
+  using Type = T;  ///< The type.
 };
+/// The case of an integer.
 template <class T>
 struct Carrier<T, true> {
+  /// The type.
   using Type = std::make_unsigned_t<std::common_type_t<T, int>>;
 };
+/// The type of Carrier.
 template <class T>
 using CarrierType = typename Carrier<T>::Type;
 
@@ -47,7 +50,7 @@ constexpr T wrapMultiply(T a, T b) noexcept {
 }
 
 /// Truncating division. The minimum divided by -1 wraps to the minimum.
-/// \param b the divisor, not 0 for integers. \return a / b.
+/// \param a the dividend. \param b the divisor, not 0 for integers. \return a / b.
 template <class T>
 constexpr T wrapDivide(T a, T b) noexcept {
   if constexpr (std::is_integral_v<T> && std::is_signed_v<T>) {

@@ -318,28 +318,27 @@ TEST_F(VxtileTest, StatsCountPagesAndCache) {
 }
 
 #ifdef VX_MEASURES_MEMORY
-TEST_F(VxtileTest, MemoryStaysWithinTheLimitOfTheCacheAndSixtyFourMegabytes) {
-  const Outcome outcome = runNetwork(R"({
-    "modules": {
-      "pattern": {"type": "TestPattern", "fields": {"pattern": "rings", "extent": [301, 370, 80, 1, 1, 1]}},
-      "smooth": {"type": "Convolution", "fields": {"kernel": "Gauss", "sigma": [1.5, 1.5, 1.5, 0, 0, 0]}},
-      "gradient": {"type": "GradientMagnitude"},
-      "edges": {"type": "Threshold", "fields": {"lower": 5}},
-      "channels": {"type": "SubImage", "fields": {"box": [0, 0, 0, 0, 0, 0, 300, 369, 79, 2, 0, 0]}},
-      "overlay": {"type": "Arithmetic"}
-    },
-    "connections": [
-      {"from": "pattern.output0", "to": "smooth.input0"}, {"from": "smooth.output0", "to": "gradient.input0"},
-      {"from": "gradient.output0", "to": "edges.input0"}, {"from": "edges.output0", "to": "channels.input0"},
-      {"from": "channels.output0", "to": "overlay.input0"}, {"from": "pattern.output0", "to": "overlay.input1"}
-    ],
-    "requests": [{"output": "overlay.output0", "box": "x=150"}, {"output": "overlay.output0", "box": "z=50"}]
-  })",
-                                     {"--stats", "-q", "--cache-kb", "30000"});
-  EXPECT_EQ(outcome.code, 0) << outcome;
-  std::smatch match;
-  ASSERT_TRUE(std::regex_search(outcome.out, match, std::regex("memory   ([0-9]+) KB"))) << outcome;
-  EXPECT_LE(std::stoll(match[1]), 30000 + 64 * 1024) << outcome;
+// The network of the demo on an image of the demo's size: a compressed file, of which the decompressed voxels are kept.
+TEST_F(VxtileTest, MemoryStaysWithinTheLimitOfTheCacheAndSixtyFourMegabytesBeyondTheFile) {
+  constexpr long long fileKB = (301LL * 370 * 316 + 352) / 1024;
+  const Outcome made = runNetwork(
+      patternNetwork(R"("pattern": "rings", "extent": [301, 370, 316, 1, 1, 1], "dataType": "unsigned int8")"),
+      {"-o", "pattern.output0", "head.nii.gz"});
+  ASSERT_EQ(made.code, 0) << made;
+  const auto expectLittleMemory = [this](const std::vector<std::string>& request, long long cacheKB) {
+    std::vector<std::string> arguments{"run", VX_SOURCE_DIR "/apps/vxtile/examples/head.json"};
+    arguments.insert(arguments.end(), {"-s", "head.filename=" + path("head.nii.gz"), "--stats", "-q", "-j", "2"});
+    arguments.insert(arguments.end(), {"--cache-kb", std::to_string(cacheKB)});
+    arguments.insert(arguments.end(), request.begin(), request.end());
+    const Outcome outcome = run(arguments);
+    EXPECT_EQ(outcome.code, 0) << outcome;
+    std::smatch match;
+    ASSERT_TRUE(std::regex_search(outcome.out, match, std::regex("memory   ([0-9]+) KB"))) << outcome;
+    EXPECT_LE(std::stoll(match[1]), cacheKB + 64 * 1024 + fileKB) << outcome;
+  };
+  expectLittleMemory({}, 50000);
+  expectLittleMemory({"-o", "overlay.output0", "-b", "x=150"}, 30000);
+  expectLittleMemory({"-o", "overlay.output0", "-b", "z=100:139", "-t", "double", "overlay.raw"}, 50000);
 }
 #endif
 
@@ -355,6 +354,26 @@ TEST_F(VxtileTest, AnInterruptStopsItWithinAPage) {
   EXPECT_EQ(outcome.code, 130) << outcome;
   EXPECT_EQ(outcome.err, "vxtile: stopped: the calculation of pattern.output0 was interrupted\n");
   EXPECT_EQ(outcome.out, "");
+  EXPECT_TRUE(files().empty()) << "no unfinished file is left";
+}
+
+// A picture is requested as a whole; its pages take a second each, all of them more than a minute on one processor.
+TEST_F(VxtileTest, AnInterruptDoesNotWaitForThePicture) {
+  const int process = start({"run", "-", "-o", "smooth.output0", "-b", "z=500", "f.png"}, R"({
+    "modules": {
+      "pattern": {"type": "TestPattern", "fields": {"pattern": "noise", "extent": [1000, 1000, 1000, 1, 1, 1]}},
+      "smooth": {"type": "Convolution", "fields": {"kernel": "Gauss", "sigma": [30, 30, 30, 0, 0, 0]}}
+    },
+    "connections": [{"from": "pattern.output0", "to": "smooth.input0"}]
+  })");
+  for (int i = 0; i < 1000 && files().empty(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  const auto begin = std::chrono::steady_clock::now();
+  ::kill(process, SIGTERM);
+  const Outcome outcome = finish(process);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
+  EXPECT_EQ(outcome.code, 130) << outcome;
+  EXPECT_EQ(outcome.err, "vxtile: stopped: the calculation of smooth.output0 was interrupted\n");
   EXPECT_TRUE(files().empty()) << "no unfinished file is left";
 }
 

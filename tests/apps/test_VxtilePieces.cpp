@@ -58,10 +58,18 @@ TEST(VxtilePieces, EndBetweenPages) {
   EXPECT_EQ(ends, (std::vector<int>{8, 16, 24, 31}));
 }
 
-TEST(VxtilePieces, AreAsThickAsAPageWithinLimits) {
+TEST(VxtilePieces, AreAsThickAsAPageOrAPartOfItWithinLimits) {
   const Box box{{}, {10, 10, 30, 1, 1, 1}};
-  EXPECT_EQ(cutBox(box, {8, 8, 10, 1, 1, 1}, 1, 200, {}).size(), 3U);
-  EXPECT_EQ(cutBox(box, {8, 8, 30, 1, 1, 1}, 1, 200, {}).size(), 15U) << "a page is too much";
+  const auto thicknesses = [&](int pageThickness, std::size_t pieceBytes) {
+    std::vector<int> result;
+    for (const Box& piece : cutBox(box, {8, 8, pageThickness, 1, 1, 1}, 1, pieceBytes, {})) {
+      result.push_back(piece.extent[2]);
+    }
+    return result;
+  };
+  EXPECT_EQ(thicknesses(10, 250), (std::vector<int>{10, 10, 10})) << "four times the size is allowed";
+  EXPECT_EQ(thicknesses(10, 249), (std::vector<int>{5, 5, 5, 5, 5, 5}));
+  EXPECT_EQ(thicknesses(30, 250), (std::vector<int>{10, 10, 10}));
 }
 
 TEST(VxtilePieces, OneIsEnoughForASmallBox) {

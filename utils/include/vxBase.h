@@ -17,7 +17,9 @@ class TreeNode;
 class VX_EXPORT Base {
  public:
   Base() = default;
+  /// A copy has a state of its own.
   Base(const Base&) = default;
+  /// \copydoc Base(const Base&)
   Base& operator=(const Base&) = default;
   virtual ~Base();
 

@@ -34,7 +34,9 @@ class VX_EXPORT CallbackList {
   enum class Reentry { allowed, skipped };
 
   constexpr CallbackList() noexcept = default;
+  /// A copy shares the registrations.
   CallbackList(const CallbackList& other);
+  /// Shares the registrations of the other one in place of its own, which are forgotten as by release().
   CallbackList& operator=(const CallbackList& other);
   ~CallbackList();
 
@@ -56,7 +58,8 @@ class VX_EXPORT CallbackList {
   std::size_t size() const noexcept;
 
   /// Calls the callbacks that match, in the order of their registration. An exception of a callback passes on.
-  /// \param bits the event's bits. \param event passed through to `invoke`.
+  /// \param bits the event's bits. \param match,reentry which callbacks it reaches. \param invoke calls one of them.
+  /// \param event passed through to `invoke`.
   void call(unsigned int bits, Match match, Reentry reentry, Invoke invoke, const void* event) const;
 
   struct Entry;    ///< One registration.

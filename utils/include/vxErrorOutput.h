@@ -18,7 +18,7 @@ class State;
 
 /// Receives all messages of the library, filters them, prints them and hands them to the callbacks.
 ///
-/// Use the one object ::VXErrorOutput. All functions are safe from any thread. Defaults: warnings, errors and fatal
+/// Use the one object vx::VXErrorOutput. All functions are safe from any thread. Defaults: warnings, errors and fatal
 /// messages, to the error stream. One message is one line on a stream: level, code with its description, function,
 /// reason, file and line; control characters in texts are shown as escapes.
 class VX_EXPORT ErrorOutput {
@@ -27,6 +27,7 @@ class VX_EXPORT ErrorOutput {
   static constexpr unsigned int defaultMessageFilter = VX_WARNING | VX_ERROR | VX_FATAL;
 
   constexpr ErrorOutput() noexcept = default;
+  /// A copy has the same settings and shares the callbacks.
   ErrorOutput(const ErrorOutput& other);
   ~ErrorOutput();
 
@@ -42,6 +43,7 @@ class VX_EXPORT ErrorOutput {
                       const RuntimeType* handledObjectType) const;
 
   /// The same for a failure with a text of its own, which stands where the description of the code stands.
+  /// \param type,prefix,functionLead,functionName,reason,file,line,handledObject,handledObjectType as above.
   /// \param errorText the text. \param errorCode 0 where an exception carried the text.
   void printAndNotify(VXMessageType type, const std::string& prefix, const std::string& functionLead,
                       const std::string& functionName, const std::string& errorText, const std::string& reason,
@@ -106,6 +108,7 @@ struct CallLabel {
   const char* text;  ///< The label.
   const char* file;  ///< Source file.
   int line;          ///< Line in it.
+  /// \param label a literal. \param sourceFile,sourceLine the position, that of the call unless it is given.
   // NOLINTNEXTLINE(google-explicit-constructor): a literal is a label
   constexpr CallLabel(const char* label, const char* sourceFile = __builtin_FILE(), int sourceLine = __builtin_LINE())
       : text(label), file(sourceFile), line(sourceLine) {}
@@ -121,18 +124,19 @@ struct CallLabel {
 /// \param handledObject,handledObjectType what the message is about, or null.
 VX_EXPORT void report(VXMessageType type, const CallLabel& label, VXErrorCode code, const char* reason,
                       const void* handledObject = nullptr, const RuntimeType* handledObjectType = nullptr) noexcept;
-/// \copydoc report
+/// The same with a text that was composed. \param type,label,code,reason,handledObject,handledObjectType as above.
 VX_EXPORT void report(VXMessageType type, const CallLabel& label, VXErrorCode code, const std::string& reason,
                       const void* handledObject = nullptr, const RuntimeType* handledObjectType = nullptr) noexcept;
 
 /// Reports a failure with a text of its own, otherwise as report().
+/// \param type,label,reason,handledObject,handledObjectType as for report().
 /// \param errorText the text of the failure. \param code 0 where there is nothing but the text.
 VX_EXPORT void reportText(VXMessageType type, const CallLabel& label, const char* errorText, const char* reason,
                           const void* handledObject = nullptr, const RuntimeType* handledObjectType = nullptr,
                           VXErrorCode code = VX_RESULT_OK) noexcept;
 
 /// As report(), for a reason that is put together when it is needed: also a failure of that ends in a report.
-/// \param makeReason gives the text.
+/// \param type,label,code,handledObject,handledObjectType as for report(). \param makeReason gives the text.
 template <class MakeReason>
 void reportComposed(VXMessageType type, const CallLabel& label, VXErrorCode code, MakeReason&& makeReason,
                     const void* handledObject = nullptr, const RuntimeType* handledObjectType = nullptr) noexcept {

@@ -16,6 +16,7 @@ namespace vx {
 struct SourcePosition {
   const char* file;  ///< Source file.
   int line;          ///< Line in it.
+  /// \param sourceFile,sourceLine the position, that of the call unless it is given.
   constexpr explicit SourcePosition(const char* sourceFile = __builtin_FILE(), int sourceLine = __builtin_LINE())
       : file(sourceFile), line(sourceLine) {}
 };
@@ -29,7 +30,8 @@ inline void checkFatal(bool condition, VXErrorCode code = VX_BAD_POINTER, Source
 }
 
 /// Runs a block whose failures are reported by VXPrintAndNotifyFatal() and thrown on.
-/// \param block what to run. \param code code of the report. \return what the block returns.
+/// \param block what to run. \param code code of the report. \param position of the report. \return what the block
+/// returns.
 template <class Block>
 decltype(auto) guardedBlock(Block&& block, VXErrorCode code = VX_UNKNOWN_EXCEPTION,
                             SourcePosition position = SourcePosition()) {

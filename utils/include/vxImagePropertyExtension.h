@@ -31,6 +31,7 @@ class VX_EXPORT ImagePropertyExtension : public Base {
 class VX_EXPORT ImagePropertyExtensionContainer : public Base {
  public:
   ImagePropertyExtensionContainer();
+  /// Copies all extensions.
   ImagePropertyExtensionContainer(const ImagePropertyExtensionContainer& other);
   ~ImagePropertyExtensionContainer() override;
 

@@ -25,6 +25,7 @@ class VX_EXPORT Memory {
 
 /// Gives a block back to VXFree().
 struct MemoryDeleter {
+  /// \param memory the block, or null.
   void operator()(void* memory) const noexcept { VXFree(memory); }
 };
 
@@ -32,7 +33,8 @@ struct MemoryDeleter {
 template <class T>
 using MemoryPtr = std::unique_ptr<T, MemoryDeleter>;
 
-/// Multiplies two sizes. \param product takes the result, unchanged on overflow. \return whether it fits 64 bits.
+/// Multiplies two sizes. \param a,b the sizes. \param product takes the result, unchanged on overflow. \return whether
+/// it fits 64 bits.
 constexpr bool multiplySizes(unsigned long long a, unsigned long long b, unsigned long long& product) noexcept {
   if (b != 0 && a > ~0ULL / b) return false;
   product = a * b;

@@ -63,6 +63,7 @@ class VX_EXPORT VX_CAPABILITY("mutex") Mutex {
 /// Holds a mutex for the life of a scope.
 class VX_SCOPED_CAPABILITY MutexLock {
  public:
+  /// Takes the mutex, waiting for it if need be. \param mutex which must outlive the lock.
   explicit MutexLock(Mutex& mutex) VX_ACQUIRE(mutex) : _mutex(mutex) { _mutex.lock(); }
   ~MutexLock() VX_RELEASE() { _mutex.unlock(); }
   MutexLock(const MutexLock&) = delete;
@@ -76,6 +77,7 @@ class VX_SCOPED_CAPABILITY MutexLock {
 /// The answer is asked once, so the pair always matches.
 class VX_EXPORT VX_SCOPED_CAPABILITY MultithreadingLock {
  public:
+  /// Takes the mutex while VXIsMultithreadingActive(). \param mutex which must outlive the lock.
   explicit MultithreadingLock(Mutex& mutex) VX_ACQUIRE(mutex);
   ~MultithreadingLock() VX_RELEASE();
   MultithreadingLock(const MultithreadingLock&) = delete;

@@ -10,12 +10,13 @@
 
 namespace vx {
 
-/// The list of notification callbacks. Use the one object ::VXNotify. All functions are safe from any thread.
+/// The list of notification callbacks. Use the one object vx::VXNotify. All functions are safe from any thread.
 class VX_EXPORT Notify {
  public:
   constexpr Notify() noexcept = default;
   /// A copy shares the callbacks of the original.
   Notify(const Notify& other) = default;
+  /// \copydoc Notify(const Notify&)
   Notify& operator=(const Notify& other) = default;
   ~Notify();
 

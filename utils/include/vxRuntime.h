@@ -98,7 +98,8 @@ X* createInstance() {
 // behind; a source macro stands once in a source, in the class's namespace. A root is a class whose base class, if
 // any, has no run-time type.
 
-/// What all header macros share. \param VIRTUAL,OVERRIDE the words in front of and behind the virtual functions.
+/// What all header macros share. \param X the class. \param VIRTUAL,OVERRIDE the words in front of and behind the
+/// virtual functions.
 #define VX_CLASS_MEMBERS(X, VIRTUAL, OVERRIDE)                                                          \
  public:                                                                                                \
   /** Registers the class. Null arguments take the recently loaded library and the class's own name. */ \
