@@ -25,8 +25,8 @@ class BlockSlabs {
   static constexpr VXuint64 maxBlockSize = 1 << 20;
   // As many bytes in blocks of VXAlloc() come before the first slab.
   static constexpr VXuint64 plainBytes = 4 << 20;
-  // The blocks of a slab at most. Memory of more than 32 MB glibc takes from the system and gives back to it in any case;
-  // smaller slabs would make it keep tens of MB that are free. What no block is cut from is no memory yet.
+  // The blocks of a slab at most. Memory of more than 32 MB glibc takes from the system and gives back to it in any
+  // case; smaller slabs would make it keep tens of MB that are free. What no block is cut from is no memory yet.
   static constexpr VXuint64 slabBytes = 32 << 20;
 
   BlockSlabs() = default;
