@@ -58,7 +58,7 @@ class VX_EXPORT Cache {
   /// The greatest memory optimization level.
   static constexpr VXuint64 maxMemoryOptimizationLevel = 10;
   /// Bytes that a cache keeps at most in free blocks.
-  static constexpr VXuint64 maxWarmBytes = 32ULL << 20;
+  static constexpr VXuint64 maxWarmBytes = 8ULL << 20;
 
   /// Makes an empty cache with a limit of 50000 KB and level 0. \throw std::bad_alloc without memory.
   Cache();
