@@ -42,9 +42,9 @@ Wide countVoxels(const SubImgBox& box) {
 void checkExtent(const SubImgBox& box) {
   require(box.isEmpty() == isEmpty(box), "a box is empty if its corners cross");
   Wide extents[6] = {};
-  Wide product = 1;
+  VXuint64 product = 1;
   for (std::size_t i = 0; i < 6 && !isEmpty(box); ++i) extents[i] = Wide{box.v2[i]} - box.v1[i] + 1;
-  for (const Wide extent : extents) product = product * extent % limit64;
+  for (const Wide extent : extents) product *= static_cast<VXuint64>(extent);
   requireEqual(box.getExt(), fuzz::makeVector(extents), "an extent wraps", print<Vector>);
   requireEqual(box.getNumVoxels(), static_cast<VXint64>(product), "a number of voxels wraps", print<VXint64>);
   const Wide numVoxels = countVoxels(box);
@@ -157,8 +157,8 @@ void checkPageIDs(const SubImgBox& box, const Vector& imgExt, const Vector& page
     isOutside = isOutside || lower > upper;
     first[i] = lower / pageExt[i];
     last[i] = upper / pageExt[i];
-    // Grids are counted in single precision, which is exact up to here.
-    isExact = isExact && (Wide{imgExt[i]} + pageExt[i] - 1) / pageExt[i] < (1 << 24);
+    // Grids are counted in single precision, which takes the quotients of numbers up to here for what they are.
+    isExact = isExact && imgExt[i] <= (1 << 23);
     if (!isOutside) numPages = std::min(numPages * (last[i] - first[i] + 1), limit64);
   }
   std::vector<VXint64> ids{77};
