@@ -16,7 +16,7 @@ using namespace vx;
 
 namespace {
 
-using Wide = __int128;
+__extension__ using Wide = __int128;
 
 bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
