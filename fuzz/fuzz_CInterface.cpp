@@ -40,6 +40,12 @@ void hear(void*, const VXMessage* message) {
   hasReason = hasReason || (wantedReason && std::strcmp(message->reason, wantedReason) == 0);
 }
 
+// A pushed state has neither callbacks nor settings of the one below.
+void startHearing() {
+  fuzz::silenceMessages();
+  fuzz::require(VXErrorOutput.addMessageCB(&hear, nullptr, VX_ERROR | VX_FATAL) != 0, "messages can't be heard");
+}
+
 void forgetMessages(const char* reason = nullptr) {
   numFailuresHeard = 0;
   hasReason = false;
@@ -120,7 +126,9 @@ class Program {
     const bool mayFail =
         _depth == 0 && _numCalls <= maxNumFailingCalls && (row.kind == Kind::plain || VXIsExceptionHandlingEnabled());
     const long failing = mayFail && wish < 64 ? wish % 32 : -1;
-    if (bad >= 8) {
+    if (row.name == "VXPushState") {
+      if (VXPushState(0) == VX_RESULT_OK) startHearing();
+    } else if (bad >= 8) {
       _callBadly(row, bad - 8, failing);
     } else {
       _callWell(row, _habits[number], failing);
@@ -201,10 +209,11 @@ class Program {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const std::vector<Habit> habits = [] {
+    startHearing();
+    return learnHabits();
+  }();
   fuzz::silenceMessages();
-  static const bool isHearing = VXErrorOutput.addMessageCB(&hear, nullptr, VX_ERROR | VX_FATAL) != 0;
-  static const std::vector<Habit> habits = learnHabits();
-  fuzz::require(isHearing, "messages can't be heard");
   fuzz::FuzzInput input(data, size);
   Program program(input, habits);
   program.run();

@@ -42,7 +42,9 @@ class Folder {
   // Writes a file anew. \return its path.
   std::string write(const char* name, const std::uint8_t* data, std::size_t size) const {
     const std::string path = _path + name;
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    // Some systems write a file that is cut and written again through to the disk.
+    unlink(path.c_str());
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     require(file >= 0 && ::write(file, data, size) == static_cast<ssize_t>(size), "no file");
     close(file);
     return path;
