@@ -161,7 +161,8 @@ class Program {
   }
 
   void _callBadly(const Row& row, std::size_t index, long failing) {
-    const auto calls = row.refusedCalls(_world);
+    // A refused call takes back the places for results that were made before, which the calls around it still need.
+    const auto calls = row.refusedCalls(_depth == 0 ? _world : _innerWorlds[_depth - 1]);
     if (calls.empty()) return;
     const auto& refused = calls[index % calls.size()];
     const auto call = refused.prepare();
@@ -200,6 +201,7 @@ class Program {
   fuzz::FuzzInput& _input;
   const std::vector<Habit>& _habits;
   World _world;
+  World _innerWorlds[maxDepth];
   VXFieldSensor* _sensor = nullptr;
   std::thread::id _thread = std::this_thread::get_id();
   int _numCalls = 0;
