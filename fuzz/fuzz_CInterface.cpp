@@ -133,6 +133,8 @@ class Program {
     } else {
       _callWell(row, _habits[number], failing);
     }
+    // Functions for the held object have a good field for as long as it holds one.
+    if (row.name == "VXBaseFieldSetPtr") VXBaseFieldSetPtr(_world.heldBaseField(), _heldObject);
   }
 
   void _callWell(const Row& row, const Habit& habit, long failing) {
@@ -202,6 +204,7 @@ class Program {
   const std::vector<Habit>& _habits;
   World _world;
   World _innerWorlds[maxDepth];
+  Base* _heldObject = VXBaseFieldGetPtr(_world.heldBaseField());
   VXFieldSensor* _sensor = nullptr;
   std::thread::id _thread = std::this_thread::get_id();
   int _numCalls = 0;
