@@ -52,6 +52,13 @@ if(VX_SANITIZERS)
     target_compile_options(vx_build_options INTERFACE -fsanitize=float-cast-overflow -fno-sanitize-recover=all)
   endif()
 endif()
+if(VX_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    message(FATAL_ERROR "VX_FUZZ needs clang, whose libFuzzer the targets are linked with.")
+  endif()
+  # Everything is instrumented; the fuzzer itself is linked into its targets alone.
+  target_compile_options(vx_build_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 if(VX_HARDENING AND NOT VX_SANITIZERS AND NOT VX_COVERAGE)
   # Debug builds are not optimised, and checks of sizes in calls of the C library need that.
   set(optimised "$<CONFIG:Release,RelWithDebInfo,MinSizeRel>")

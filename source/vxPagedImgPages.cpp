@@ -61,7 +61,9 @@ SubImgBox PagedImg::getPageBox(VXint64 id) const {
 namespace {
 
 SubImgBox regionInImage(const SubImgBox& box, const TVector<VXint64>& imgExt) {
-  return SubImgBox::intersect(box, SubImgBox(TVector<VXint64>(), imgExt - TVector<VXint64>(1)));
+  // One less than the smallest number would be the greatest, and an image without voxels would have them all.
+  const TVector<VXint64> ext = TVector<VXint64>::compMax(imgExt, TVector<VXint64>());
+  return SubImgBox::intersect(box, SubImgBox(TVector<VXint64>(), ext - TVector<VXint64>(1)));
 }
 
 // Appends the pages of a region that isn't empty. Their ids are apart by `strides`.

@@ -449,6 +449,14 @@ TEST_F(PagedImgTest, TheIDsAreThoseOfThePagesThatOverlapTheBox) {
   EXPECT_EQ(messages.take(), Messages{});
 }
 
+TEST_F(PagedImgTest, AnImageWithANegativeExtentHasNoIDs) {
+  for (const VXint64 extent : {VXint64{0}, VXint64{-1}, std::numeric_limits<VXint64>::min()}) {
+    IDs ids = {17};
+    PagedImg::getPageIDs(ids, SubImgBox(Vector(0), Vector(9)), Vector(extent, 10, 10, 1, 1, 1), Vector(4));
+    EXPECT_EQ(ids, IDs{}) << extent;
+  }
+}
+
 TEST_F(PagedImgTest, MoreIDsThanMemoryHoldsAreMissingMemory) {
   IDs ids;
   for (const Vector& imgExt : {Vector(farAway, 1, 1, 1, 1, 1), Vector(farAway)}) {
