@@ -29,6 +29,7 @@ VXuint64 clampPriority(VXuint64 priority) { return std::min(priority, Cache::num
 // Asks for what the next flush is going to look at, which was last used before all else in the cache. One step for each
 // flush: the place, the buffer there, the head of its block.
 void prefetchBuffers(CachedBufferPosition position, CachedBufferPosition end) {
+  if (!*position) return;
   __builtin_prefetch((*position)->getData(), 1);
   if (++position == end || !*position) return;
   const auto* const buffer = reinterpret_cast<const char*>(*position);
