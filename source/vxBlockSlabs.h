@@ -21,7 +21,7 @@ namespace vx {
 class BlockSlabs {
  public:
   // Blocks of other sizes come from VXAlloc() alone.
-  static constexpr VXuint64 minBlockSize = 16 << 10;
+  static constexpr VXuint64 minBlockSize = 4 << 10;
   static constexpr VXuint64 maxBlockSize = 1 << 20;
   // As many bytes in blocks of VXAlloc() come before the first slab.
   static constexpr VXuint64 plainBytes = 4 << 20;
