@@ -3,7 +3,6 @@
 #include "vxMemoryPoison.h"
 #include "vxUtilsAPI.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <new>
 
@@ -41,11 +40,7 @@ void* BlockSlabs::allocate(VXuint64 size) noexcept {
   if (!isServed(size)) return VXAlloc(size, VX_RETURN_NULL);
   const VXuint64 bytes = roundUp(size, pageBytes);
   const bool hasRoom = _newest != _slabs.end() && _newest->second.cut + bytes <= slabBytes;
-  if (!hasRoom && (_plainBytes < plainBytes || !_addSlab())) {
-    void* const block = VXAlloc(size, VX_RETURN_NULL);
-    if (block) _plainBytes += size;
-    return block;
-  }
+  if (!hasRoom && !_addSlab()) return VXAlloc(size, VX_RETURN_NULL);
   Slab& slab = _newest->second;
   unsigned char* const block = _newest->first + slab.cut;
   slab.cut += bytes;
@@ -57,8 +52,6 @@ void* BlockSlabs::allocate(VXuint64 size) noexcept {
 void BlockSlabs::free(void* block, VXuint64 size) noexcept {
   const Slabs::iterator found = _findSlab(block);
   if (found == _slabs.end()) {
-    // One that the caller allocated by itself was never counted.
-    if (isServed(size)) _plainBytes -= std::min(_plainBytes, size);
     VXFree(block);
     return;
   }
@@ -93,7 +86,8 @@ bool BlockSlabs::_addSlab() noexcept {
     VXFree(memory);
     return false;
   }
-  askForHugePages(blocks, slabBytes);
+  const VXuint64 numUsual = _slabs.size() == 1 ? usualBytes : 0;
+  askForHugePages(blocks + numUsual, slabBytes - numUsual);
   poisonMemory(blocks, slabBytes);
   return true;
 }

@@ -15,7 +15,8 @@ namespace vx {
 //
 // Blocks are cut one after the other and never come back to their place: those of one size are kept for each other by
 // WarmBlocks, and when all of a slab are free, so is the slab. The memory of a free block goes back to the system at
-// once, where the system can take it. Small use stays with VXAlloc(): a huge page is taken whole or not at all.
+// once, where the system can take it. So nothing is left of what came and went, as it would be in the heap of the C
+// library: there an aligned block doesn't fit the hole of one of its own size.
 //
 // The one who uses it locks it.
 class BlockSlabs {
@@ -23,8 +24,8 @@ class BlockSlabs {
   // Blocks of other sizes come from VXAlloc() alone.
   static constexpr VXuint64 minBlockSize = 4 << 10;
   static constexpr VXuint64 maxBlockSize = 1 << 20;
-  // As many bytes in blocks of VXAlloc() come before the first slab.
-  static constexpr VXuint64 plainBytes = 4 << 20;
+  // The first bytes of the only slab lie in usual pages: a huge page is taken whole or not at all.
+  static constexpr VXuint64 usualBytes = 4 << 20;
   // The blocks of a slab at most. Memory of more than 32 MB glibc takes from the system and gives back to it in any
   // case; smaller slabs would make it keep tens of MB that are free. What no block is cut from is no memory yet.
   static constexpr VXuint64 slabBytes = 32 << 20;
@@ -58,7 +59,6 @@ class BlockSlabs {
 
   Slabs _slabs;
   Slabs::iterator _newest = _slabs.end();  // the one that blocks are cut from
-  VXuint64 _plainBytes = 0;                // in use, of sizes that slabs serve
 };
 
 }  // namespace vx

@@ -1,6 +1,6 @@
-// Random tiles for as long as one likes, on a chain of ten modules with a small cache: some fail, some modules change in
-// between. Each tile is compared, and memory, threads and open files must not grow.
-// VX_SOAK_TILES=500000 is the long run; VX_SOAK_SEED another order.
+// Random tiles for as long as one likes, on a chain of ten modules with a small cache: some fail, some modules change
+// in between. Each tile is compared, and memory, threads and open files must not grow. VX_SOAK_TILES=500000 is the long
+// run; VX_SOAK_SEED another order.
 
 #include "MessageRecorder.h"
 #include "TestModules.h"
