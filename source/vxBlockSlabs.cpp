@@ -28,6 +28,13 @@ void askForHugePages([[maybe_unused]] void* memory, [[maybe_unused]] VXuint64 si
 #endif
 }
 
+// The system fills up huge pages again of which parts were given back, unless it is told not to.
+void keepFromHugePages([[maybe_unused]] void* memory, [[maybe_unused]] VXuint64 size) {
+#ifdef __linux__
+  madvise(memory, static_cast<std::size_t>(size), MADV_NOHUGEPAGE);
+#endif
+}
+
 void giveBackToSystem([[maybe_unused]] void* memory, [[maybe_unused]] VXuint64 size) {
 #ifdef __linux__
   madvise(memory, static_cast<std::size_t>(size), MADV_DONTNEED);
@@ -57,6 +64,8 @@ void BlockSlabs::free(void* block, VXuint64 size) noexcept {
   }
   Slab& slab = found->second;
   if (--slab.numUsed != 0) {
+    if (slab.isHuge) keepFromHugePages(found->first, slabBytes);
+    slab.isHuge = false;
     giveBackToSystem(block, roundUp(size, pageBytes));
     poisonMemory(block, roundUp(size, pageBytes));
     return;
@@ -81,7 +90,7 @@ bool BlockSlabs::_addSlab() noexcept {
   const auto address = reinterpret_cast<std::uintptr_t>(memory);
   unsigned char* const blocks = static_cast<unsigned char*>(memory) + (roundUp(address, hugePageBytes) - address);
   try {
-    _newest = _slabs.emplace(blocks, Slab{memory, 0, 0}).first;
+    _newest = _slabs.emplace(blocks, Slab{memory, 0, 0, true}).first;
   } catch (const std::bad_alloc&) {
     VXFree(memory);
     return false;

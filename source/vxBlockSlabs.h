@@ -51,6 +51,7 @@ class BlockSlabs {
     void* memory;      // from VXAlloc(); the blocks begin at the first huge page in it
     VXuint64 cut;      // bytes of blocks that were ever cut
     VXuint64 numUsed;  // blocks in use
+    bool isHuge;       // whether the system may use huge pages
   };
   using Slabs = std::map<unsigned char*, Slab>;  // by the first byte of the blocks
 
