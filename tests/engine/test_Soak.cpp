@@ -37,7 +37,7 @@ constexpr bool measuresMemory = true;
 
 constexpr VXuint64 limitKB = 8192;
 // Blocks that are kept, page objects, what the C library keeps of its heap, and the stacks of threads come on top.
-constexpr VXint64 boundKB = limitKB + 32768;  // of what the process takes above its start
+constexpr VXint64 boundKB = limitKB + 16384;  // of what the process takes above its start
 constexpr std::size_t numModules = 10;
 
 long fromEnvironment(const char* name, long fallback) {
