@@ -95,8 +95,8 @@ bool BlockSlabs::_addSlab() noexcept {
     VXFree(memory);
     return false;
   }
-  const VXuint64 numUsual = _slabs.size() == 1 ? usualBytes : 0;
-  askForHugePages(blocks + numUsual, slabBytes - numUsual);
+  const VXuint64 firstHuge = _slabs.size() == 1 ? usualBytes : 0;
+  askForHugePages(blocks + firstHuge, slabBytes - firstHuge);
   poisonMemory(blocks, slabBytes);
   return true;
 }

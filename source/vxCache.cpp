@@ -177,7 +177,8 @@ void Cache::_dropBuffers() {
         return;
       }
       CachedBuffer& buffer = _bufferAt(position);
-      if (buffer.isInitialized() && !buffer.isLocked()) buffer._clearInitialized();
+      if (!buffer.isInitialized() || buffer.isLocked()) continue;
+      buffer._clearInitialized();
       hasDropped = true;
     }
   }

@@ -16,11 +16,11 @@ namespace {
 
 using vxtile::ExitCode;
 
-// The heap of glibc leaves holes between pages that come and go: an aligned block doesn't fit into the hole of one of
-// the same size. Blocks with memory of their own go back as a whole. The value is below that of a page of 64 KB, the
-// usual size; set by hand it stays, else it would grow with the first large block that is freed, such as a decompressed
-// file.
-void keepPagesOffTheHeap() {
+// The heap of glibc leaves holes between blocks of modules that come and go: an aligned block doesn't fit into the hole
+// of one of the same size. Blocks with memory of their own go back as a whole. The value is below that of a block of 64
+// KB, the usual size; set by hand it stays, else it would grow with the first large block that is freed, such as a
+// decompressed file.
+void keepBlocksOffTheHeap() {
 #ifdef __GLIBC__
   ::mallopt(M_MMAP_THRESHOLD, 32 * 1024);
 #endif
@@ -66,7 +66,7 @@ ExitCode run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  keepPagesOffTheHeap();
+  keepBlocksOffTheHeap();
   try {
     return static_cast<int>(run(argc, argv));
   } catch (const std::exception& error) {
