@@ -9,6 +9,10 @@
 #include <random>
 #include <vector>
 
+#ifdef __linux__
+#include <sys/mman.h>
+#endif
+
 namespace vx::test {
 namespace {
 
@@ -65,6 +69,29 @@ TEST(BlockSlabsTest, ASlabEndsWithItsLastBlock) {
   EXPECT_EQ(slabs.getNumSlabs(), 1U);
   freeAll(slabs, {again});
 }
+
+#ifdef __linux__
+// How many pages of the system a block of a slab takes.
+long numResidentPages(const Block& block) {
+  std::vector<unsigned char> pages(static_cast<std::size_t>(block.size / 4096));
+  EXPECT_EQ(mincore(block.memory, static_cast<std::size_t>(block.size), pages.data()), 0);
+  return std::count_if(pages.begin(), pages.end(), [](unsigned char page) { return (page & 1) != 0; });
+}
+
+TEST(BlockSlabsTest, TheMemoryOfAFreeBlockGoesBackWhileOthersAreInUse) {
+  BlockSlabs slabs;
+  std::vector<Block> blocks;
+  for (int i = 0; i < 12; ++i) blocks.push_back(take(slabs, MB));  // some in usual pages, some in huge ones
+  for (std::size_t i = 0; i < blocks.size(); i += 2) {
+    EXPECT_EQ(numResidentPages(blocks[i]), 256);
+    slabs.free(blocks[i].memory, MB);
+    EXPECT_EQ(numResidentPages(blocks[i]), 0);
+    EXPECT_EQ(numResidentPages(blocks[i + 1]), 256);
+  }
+  for (std::size_t i = 1; i < blocks.size(); i += 2) slabs.free(blocks[i].memory, MB);
+  EXPECT_EQ(slabs.getNumSlabs(), 0U);
+}
+#endif
 
 TEST(BlockSlabsTest, ABlockOfTheCallersOwnIsFreed) {
   BlockSlabs slabs;
