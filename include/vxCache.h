@@ -30,7 +30,7 @@ struct CacheFigures {
   VXuint64 held = 0;    ///< What the buffers of the cache hold now.
   VXuint64 locked = 0;  ///< What is locked of that, and so stays in a flush.
   VXuint64 peak = 0;    ///< The most that the buffers ever held at once.
-  VXuint64 warm = 0;    ///< Free blocks that are kept for the next pages, beside `held`; at most Cache::maxWarmBytes.
+  VXuint64 warm = 0;    ///< Free blocks that are kept for the next pages, beside `held`; see Cache.
 };
 
 /// Keeps account of all page memory of one host, and drops pages when memory runs over a limit.
@@ -44,8 +44,9 @@ struct CacheFigures {
 /// on and can be given to another one.
 ///
 /// Blocks that are freed may be kept for new ones of the same size, because the system hands out fresh memory slowly:
-/// at most #maxWarmBytes, until clearCache() or the end of the cache. After a flush the cache thus takes no more than
-/// its limit or the locked buffers, whichever is greater, and that constant.
+/// what buffers leave of the limit, up to #maxWarmBytesInLimit, and #maxWarmBytes more, until clearCache() or the end
+/// of the cache. After a flush the cache thus takes no more than its limit or the locked buffers, whichever is greater,
+/// and #maxWarmBytes.
 ///
 /// All functions are safe from any thread but for getCacheTable(). flushCache() and clearCache() send their
 /// notification while they still hold the lock: a callback may use the cache, but must not wait for another thread that
@@ -57,8 +58,10 @@ class VX_EXPORT Cache {
   static constexpr VXuint64 numPriorities = 10;
   /// The greatest memory optimization level.
   static constexpr VXuint64 maxMemoryOptimizationLevel = 10;
-  /// Bytes that a cache keeps at most in free blocks.
+  /// Bytes that a cache keeps at most in free blocks beyond its limit.
   static constexpr VXuint64 maxWarmBytes = 8ULL << 20;
+  /// Bytes that a cache keeps at most in free blocks within its limit.
+  static constexpr VXuint64 maxWarmBytesInLimit = 56ULL << 20;
 
   /// Makes an empty cache with a limit of 50000 KB and level 0. \throw std::bad_alloc without memory.
   Cache();

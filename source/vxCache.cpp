@@ -38,8 +38,6 @@ void prefetchBuffers(CachedBufferPosition position, CachedBufferPosition end) {
   if (++position != end) __builtin_prefetch(&*position, 1);
 }
 
-VXuint64 limitInBytes(VXuint64 sizeKB) { return sizeKB > ~0ULL / bytesPerKB ? ~0ULL : sizeKB * bytesPerKB; }
-
 }  // namespace
 
 Cache::Cache() : Cache(std::make_shared<CacheState>()) {}
@@ -191,7 +189,7 @@ void* Cache::_takeBlock(VXuint64 size) noexcept {
 
 void Cache::_putBlock(void* block, VXuint64 size) noexcept {
   const MutexLock lock(_cacheMutex);
-  _state->warmBlocks.put(block, size);
+  _state->free(block, size);
 }
 
 void Cache::clearCache() {

@@ -11,6 +11,9 @@
 
 namespace vx {
 
+// \return bytes; the greatest number where they don't fit 64 bits.
+inline VXuint64 limitInBytes(VXuint64 sizeKB) noexcept { return sizeKB > ~0ULL >> 10 ? ~0ULL : sizeKB << 10; }
+
 // An exact sum of sizes, also of such that don't fit 64 bits together: what was added can be subtracted again.
 class ByteSum {
  public:
@@ -49,10 +52,28 @@ struct CacheState {
   // A block of that size; null without memory. What is kept in free blocks gives way to it.
   void* allocate(VXuint64 size) noexcept {
     if (void* const warm = warmBlocks.take(size)) return warm;
+    boundWarmBlocks(size);
     void* const block = slabs.allocate(size);
     if (block || warmBlocks.getBytes() == 0) return block;
     warmBlocks.clear();
     return slabs.allocate(size);
+  }
+
+  // Takes back a block from allocate().
+  void free(void* block, VXuint64 size) noexcept {
+    boundWarmBlocks(0);
+    warmBlocks.put(block, size);
+  }
+
+ private:
+  // Free blocks may fill what buffers leave of the limit, since memory that was given back has to be had again for the
+  // next pages. \param newBytes that buffers are about to hold.
+  void boundWarmBlocks(VXuint64 newBytes) noexcept {
+    const Cache* const owner = cache.load(std::memory_order_relaxed);
+    const VXuint64 limit = owner ? limitInBytes(owner->getMaxCacheSizeKB()) : 0;
+    const VXuint64 used = held.getBytes();
+    const VXuint64 room = used < limit ? limit - used : 0;
+    warmBlocks.setBound(Cache::maxWarmBytes + std::min(room - std::min(room, newBytes), Cache::maxWarmBytesInLimit));
   }
 };
 

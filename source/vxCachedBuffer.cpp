@@ -87,7 +87,7 @@ void CachedBuffer::_leaveLockedCache() noexcept {
 
 void CachedBuffer::_freeBlock() noexcept {
   if (_isBlockOwn) {
-    _cacheState->warmBlocks.put(_data, _size);
+    _cacheState->free(_data, _size);
   } else {
     // Only the caller of init() knows how large the block really is.
     VXFree(_data);

@@ -29,10 +29,15 @@ void WarmBlocks::_unlink(Block* block) noexcept {
   _bytes -= block->size;
 }
 
-void WarmBlocks::_free(Block* block) noexcept {
-  const VXuint64 size = block->size;
-  unpoisonMemory(block, size);
-  _slabs.free(block, size);
+// Frees blocks until those that are left have no more bytes than that.
+void WarmBlocks::_freeOldest(VXuint64 maxBytes) noexcept {
+  while (_bytes > maxBytes) {
+    Block* const block = _oldest;
+    const VXuint64 size = block->size;
+    _unlink(block);
+    unpoisonMemory(block, size);
+    _slabs.free(block, size);
+  }
 }
 
 void* WarmBlocks::take(VXuint64 size) noexcept {
@@ -51,11 +56,7 @@ void WarmBlocks::put(void* block, VXuint64 size) noexcept {
     _slabs.free(block, size);
     return;
   }
-  while (_bytes > _maxBytes - size) {
-    Block* const oldest = _oldest;
-    _unlink(oldest);
-    _free(oldest);
-  }
+  _freeOldest(_maxBytes - size);
   Block*& bin = _bin(size);
   Block* const head = ::new (block) Block{size, _newest, nullptr, nullptr, bin};
   if (bin) bin->before = head;
@@ -66,11 +67,11 @@ void WarmBlocks::put(void* block, VXuint64 size) noexcept {
   poisonMemory(head + 1, size - sizeof(Block));
 }
 
-void WarmBlocks::clear() noexcept {
-  while (Block* const block = _oldest) {
-    _unlink(block);
-    _free(block);
-  }
+void WarmBlocks::setBound(VXuint64 maxBytes) noexcept {
+  _maxBytes = maxBytes;
+  _freeOldest(maxBytes);
 }
+
+void WarmBlocks::clear() noexcept { _freeOldest(0); }
 
 }  // namespace vx

@@ -33,6 +33,9 @@ class WarmBlocks {
   // that doesn't suit is freed.
   void put(void* block, VXuint64 size) noexcept;
 
+  // Changes the bound. The blocks that lie here longest go until it holds.
+  void setBound(VXuint64 maxBytes) noexcept;
+
   // Frees all blocks.
   void clear() noexcept;
 
@@ -47,7 +50,7 @@ class WarmBlocks {
 
   Block*& _bin(VXuint64 size) noexcept;
   void _unlink(Block* block) noexcept;
-  void _free(Block* block) noexcept;
+  void _freeOldest(VXuint64 maxBytes) noexcept;
 
   BlockSlabs& _slabs;
   VXuint64 _maxBytes;

@@ -406,6 +406,31 @@ TEST_F(CacheTest, FreeBlocksAreBoundedAndGoWithClear) {
   EXPECT_EQ(cache.getFigures().warm, 0U);
 }
 
+TEST_F(CacheTest, FreeBlocksFillWhatBuffersLeaveOfTheLimit) {
+  constexpr VXuint64 MB = 1024 * KB;
+  const auto dropAll = [this] {
+    for (CachedBuffer* const buffer : {&a, &b, &c}) buffer->clear();
+  };
+  cache.setMaxCacheSizeKB(10 * 1024);
+  initAll(0, 6 * MB);
+  dropAll();
+  EXPECT_EQ(cache.getFigures().warm, 18 * MB);
+  a.init(cache, 0, 5 * MB, nullptr);  // which none of them is for
+  EXPECT_EQ(cache.getFigures().warm, 12 * MB);
+  a.clear();
+  EXPECT_EQ(cache.getFigures().warm, 17 * MB);
+  cache.setMaxCacheSizeKB(0);
+  a.init(cache, 0, KB, nullptr);
+  EXPECT_EQ(cache.getFigures().warm, 5 * MB);
+  a.clear();
+  cache.setMaxCacheSizeKB(1024 * 1024);
+  for (int i = 0; i < 2; ++i) {
+    initAll(0, (30 + static_cast<VXuint64>(i)) * MB);
+    dropAll();
+  }
+  EXPECT_EQ(cache.getFigures().warm, 62 * MB);
+}
+
 TEST_F(CacheTest, FlushAndClearNotifyAfterTheWorkAndBeforeTheyUnlock) {
   struct Listener {
     OpenCache cache;
