@@ -101,7 +101,7 @@ void provideInput(ThreadDataClass& data, InputPageData& input, SubImg& block) {
   block.setDataType(input._dataType);
   if (input._useInplace) {
     block.setData(data._outSubImg->getData());
-    input._inImg->copyPages(input._pageIDs, &block, input._scaleShiftData, PagedImg::OWN_OR_BYPASSED_PAGE);
+    input._copyInThread = true;
   } else if (input._useMemoryImg) {
     block.setData(memoryImg.getSubImg().getData());
   } else if (input._inTileCaching) {

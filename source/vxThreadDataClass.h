@@ -63,6 +63,7 @@ class ThreadDataClass {
   VXint64 _outIndex = -1;        // -1 where pages are walked through without output
   SubImg* _outSubImg = nullptr;  // describes the output page
   CachedBuffer* _outPage = nullptr;
+  VXint64 _pageID = 0;  // in the image of the output
   Host* _host = nullptr;
   VXint64 _numInputs = 0;
   std::vector<InputPageData> _inputData;  // one for each input

@@ -302,6 +302,55 @@ TEST_F(HostThreadsTest, SerialisedCopiesAreApartFromCalculations) {
   EXPECT_EQ(numBegun, 8);
 }
 
+// The tile -----------------------------------------------------------------------------------------------------------
+
+// No page of a group is in the tile before the last one of any chunk is calculated; whoever copies them.
+TEST_F(HostThreadsTest, TheTileIsWrittenWhenAllChunksAreCalculated) {
+  for (const std::set<int>& missing : {std::set<int>{}, {0}, {2}, {0, 1, 2}}) {
+    for (const int slowPage : {0, 4, 8}) {
+      makeRow(9);
+      host.setMaxNumThreads(3);
+      std::vector<VXuint16> memory(9, 99);
+      onPage = [&](VXint64 page) {
+        if (page != slowPage) return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        EXPECT_EQ(memory, std::vector<VXuint16>(9, 99)) << slowPage;
+      };
+      void* data = memory.data();
+      const ThreadStarts starts(missing);
+      EXPECT_EQ(host.getTile(*row, 0, rowBox(9), VXuint16Type, &data), 0);
+      EXPECT_EQ(memory, (std::vector<VXuint16>{1, 2, 3, 4, 5, 6, 7, 8, 9}));
+    }
+  }
+}
+
+TEST_F(HostThreadsTest, TheTileIsWholeWhereSomePagesWereThere) {
+  makeRow(9);
+  host.setMaxNumThreads(3);
+  EXPECT_EQ(tile(*row, boxOf(3, 0, 4, 0)), (std::vector<VXint64>{4, 5}));
+  EXPECT_EQ(tile(*row, rowBox(9)), numbers(9));
+  EXPECT_EQ(calls.size(), 9U);
+}
+
+// Also where that chunk is the last one that comes to its end.
+TEST_F(HostThreadsTest, TheTileStaysAsItWasIfAChunkFails) {
+  for (const std::set<int>& missing : {std::set<int>{}, {0}, {1}}) {
+    for (const int failingPage : {0, 3, 5}) {
+      makeRow(6);
+      host.setMaxNumThreads(2);
+      onPage = [failingPage](VXint64 page) {
+        if (page != failingPage) return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        throw 7;
+      };
+      const ThreadStarts starts(missing);
+      EXPECT_EQ(tile(*row, rowBox(6)), std::vector<VXint64>(6, -1));
+      EXPECT_EQ(code, 7);
+      messages.take();
+    }
+  }
+}
+
 // Failures -----------------------------------------------------------------------------------------------------------
 
 TEST_F(HostThreadsTest, AFailedPageEndsItsChunkAndNoOther) {
