@@ -141,7 +141,7 @@ class Program {
     const auto call = row.prepare(_world);
     const int numCallsBefore = _numCalls;
     forgetMessages();
-    fuzz::failAllocation(failing);
+    test::failAllocation(failing);
     long long result = 0;
     bool hasThrown = false;
     try {
@@ -149,7 +149,7 @@ class Program {
     } catch (...) {
       hasThrown = true;
     }
-    const bool hasFailed = fuzz::stopFailing() < 0 && failing >= 0;
+    const bool hasFailed = test::stopFailing() < 0 && failing >= 0;
     // An exception is a failure that is told as well, where the host wants exceptions.
     if (hasThrown && (!hasFailed || VXIsExceptionHandlingEnabled())) fuzz::fail(row.name + " throws");
     // What calls from inside say isn't told apart, and they change what there is to say.
@@ -169,7 +169,7 @@ class Program {
     const auto& refused = calls[index % calls.size()];
     const auto call = refused.prepare();
     forgetMessages(refused.refusal.reason.c_str());
-    fuzz::failAllocation(failing);
+    test::failAllocation(failing);
     bool isAnswered = false;
     bool hasThrown = false;
     try {
@@ -177,7 +177,7 @@ class Program {
     } catch (...) {
       hasThrown = true;
     }
-    const bool hasFailed = fuzz::stopFailing() < 0 && failing >= 0;
+    const bool hasFailed = test::stopFailing() < 0 && failing >= 0;
     if (hasThrown && (!hasFailed || VXIsExceptionHandlingEnabled())) fuzz::fail(refused.name + " throws");
     if (_depth == 0 && !hasFailed) {
       if (!isAnswered) fuzz::fail(refused.name + " isn't refused");
@@ -190,14 +190,14 @@ class Program {
   void _callBack() {
     if (_depth >= maxDepth || _numCalls >= maxNumCalls || std::this_thread::get_id() != _thread) return;
     if (_input.isEmpty()) return;
-    const long failing = fuzz::stopFailing();
+    const long failing = test::stopFailing();
     const auto wish = _input.take<std::uint8_t>();
     if (wish < 96) {
       ++_depth;
       _call();
       --_depth;
     }
-    fuzz::failAllocation(failing);
+    test::failAllocation(failing);
   }
 
   fuzz::FuzzInput& _input;

@@ -1,58 +1,7 @@
 // Each function of the C interface, well called and badly, with each of its allocations failing.
 
+#include "FailingAllocator.h"
 #include "Rows.h"
-
-#include <atomic>
-#include <cstdlib>
-#include <new>
-
-namespace {
-
-std::atomic<long> numLive{0};
-// How many allocations until one fails; negative for none. One fails, those after it don't.
-std::atomic<long> untilFailure{-1};
-
-bool shallFail() { return untilFailure.load() >= 0 && untilFailure.fetch_sub(1) == 0; }
-
-void* allocate(std::size_t size, std::size_t alignment) {
-  if (shallFail()) return nullptr;
-  void* memory = nullptr;
-  if (posix_memalign(&memory, alignment, size ? size : 1) != 0) return nullptr;
-  ++numLive;
-  return memory;
-}
-
-void* allocateOrThrow(std::size_t size, std::size_t alignment) {
-  if (void* const memory = allocate(size, alignment)) return memory;
-  throw std::bad_alloc();
-}
-
-void release(void* memory) {
-  if (memory) --numLive;
-  std::free(memory);
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) { return allocateOrThrow(size, alignof(std::max_align_t)); }
-void* operator new(std::size_t size, std::align_val_t alignment) {
-  return allocateOrThrow(size, static_cast<std::size_t>(alignment));
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return allocate(size, alignof(std::max_align_t));
-}
-void operator delete(void* memory) noexcept { release(memory); }
-void operator delete(void* memory, std::size_t) noexcept { release(memory); }
-void operator delete(void* memory, std::align_val_t) noexcept { release(memory); }
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { release(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { release(memory); }
-
-// What voxel memory comes from. It goes back by free(), which isn't counted.
-extern "C" void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
-  if (shallFail()) return nullptr;
-  void* memory = nullptr;
-  return posix_memalign(&memory, alignment, size) == 0 ? memory : nullptr;
-}
 
 namespace vx::test {
 namespace {
@@ -61,7 +10,7 @@ class Allocations : public ::testing::TestWithParam<rows::Row> {
  protected:
   void SetUp() override { VXErrorOutput.sendMessagesToCerr(false); }
   void TearDown() override {
-    untilFailure = -1;
+    stopFailing();
     VXErrorOutput.sendMessagesToCerr(true);
   }
 
@@ -84,17 +33,17 @@ TEST_P(Allocations, MayFailAndNothingIsLost) {
   }
   for (long n = 0;; ++n) {
     SCOPED_TRACE("allocation " + std::to_string(n));
-    const long live = numLive;
+    const long live = getNumLiveBlocks();
     bool hasFailed = false;
     {
       World world;
       const auto call = row.prepare(world);
-      untilFailure = n;
+      failAllocation(n);
       call();
-      hasFailed = untilFailure.exchange(-1) < 0;
+      hasFailed = stopFailing() < 0;
       tidyUp();
     }
-    EXPECT_EQ(numLive, live) << "leaked";
+    EXPECT_EQ(getNumLiveBlocks(), live) << "leaked";
     {
       World world;
       EXPECT_EQ(row.call(world), expected) << "usable afterwards";
@@ -111,15 +60,15 @@ TEST_P(Allocations, MayFailInARefusal) {
     World world;
     const std::vector<rows::RefusedCall> calls = row.refusedCalls(world);
     if (calls.empty()) break;
-    untilFailure = -1;
+    stopFailing();
     EXPECT_TRUE(calls.front().run());
     const auto call = calls.front().prepare();
-    const long live = numLive;
-    untilFailure = n;
+    const long live = getNumLiveBlocks();
+    failAllocation(n);
     const bool isAnswered = call();
-    const bool hasFailed = untilFailure.exchange(-1) < 0;
+    const bool hasFailed = stopFailing() < 0;
     EXPECT_TRUE(isAnswered || hasFailed) << "another answer";
-    EXPECT_EQ(numLive, live) << "leaked";
+    EXPECT_EQ(getNumLiveBlocks(), live) << "leaked";
     EXPECT_TRUE(calls.front().run()) << "usable afterwards";
     if (HasFailure() || !hasFailed) break;
   }
@@ -131,10 +80,10 @@ TEST(AllocationsOfAPush, LeaveTheStateAsItWas) {
   long n = 0;
   for (;; ++n) {
     const Host* const host = &Host::getDefaultHost();
-    const long live = numLive;
-    untilFailure = n;
+    const long live = getNumLiveBlocks();
+    failAllocation(n);
     const VXErrorCode code = VXPushState(0);
-    if (untilFailure.exchange(-1) >= 0) {
+    if (stopFailing() >= 0) {
       EXPECT_EQ(code, 0);
       break;
     }
@@ -142,7 +91,7 @@ TEST(AllocationsOfAPush, LeaveTheStateAsItWas) {
     EXPECT_EQ(&Host::getDefaultHost(), host) << n;
     EXPECT_EQ(VXErrorOutput.getMessageFilter(), static_cast<unsigned int>(VX_FATAL)) << n;
     EXPECT_EQ(VXPopState(), 44) << n;
-    EXPECT_EQ(numLive, live) << n;
+    EXPECT_EQ(getNumLiveBlocks(), live) << n;
   }
   EXPECT_GT(n, 3);
   EXPECT_EQ(VXPopState(), 0);
@@ -157,9 +106,9 @@ TEST(AllocationsOfAConnection, LeaveNeitherLinkNorAttachment) {
   VXErrorOutput.sendMessagesToCerr(false);
   for (long n = 0;; ++n) {
     VXFieldDisconnect(in);
-    untilFailure = n;
+    failAllocation(n);
     const int isConnected = VXFieldConnectFrom(in, out);
-    if (untilFailure.exchange(-1) >= 0) {
+    if (stopFailing() >= 0) {
       EXPECT_EQ(isConnected, 1);
       break;
     }
@@ -179,9 +128,9 @@ class AllocationsOfTheHost : public ::testing::Test {
     SCOPED_TRACE(label);
     Host::destroyDefaultHost();
     messages.take();
-    untilFailure = 0;
+    failAllocation(0);
     call();
-    EXPECT_LT(untilFailure.exchange(-1), 0);
+    EXPECT_LT(stopFailing(), 0);
     const Messages taken = messages.take();
     ASSERT_EQ(taken.size(), 2U);
     EXPECT_EQ(taken[0].type, VX_FATAL);
@@ -226,9 +175,9 @@ TEST_F(AllocationsOfTheHost, EndInTheFrameOfEachService) {
 
 TEST(AllocationsOfASensor, EndInAFatalMessageAndNull) {
   MessageRecorder messages;
-  untilFailure = 0;
+  failAllocation(0);
   VXFieldSensor* const sensor = VXCreateFieldSensor(nullptr, [](void*, void*) {});
-  EXPECT_LT(untilFailure.exchange(-1), 0);
+  EXPECT_LT(stopFailing(), 0);
   EXPECT_EQ(sensor, nullptr);
   EXPECT_EQ(messages.take(),
             (Messages{{VX_FATAL, 2, "vxAPI: VXCreateFieldSensor",
