@@ -40,11 +40,13 @@ std::string registerGuarded(const Version& version, void (*registerAll)()) {
 void attachModuleLibrary(int major, int minor, int release, int build, const char* version,
                          void (*registerAll)()) noexcept {
   const TraceFrame trace("source/vxModuleLibrary:attachModuleLibrary()");
-  const std::string reason = callSilently<std::string>("There is no memory.", [&] {
-    return registerGuarded({major, minor, release, build, version}, registerAll);
+  std::string memory;
+  const char* const reason = callSilently<const char*>("There is no memory.", [&] {
+    memory = registerGuarded({major, minor, release, build, version}, registerAll);
+    return memory.c_str();
   });
   // A library that isn't loaded through VX can only be told of.
-  if (!reason.empty() && !noteLibraryFailure(reason.c_str())) {
+  if (*reason != '\0' && !noteLibraryFailure(reason)) {
     report(VX_ERROR, "attachModuleLibrary()", VX_LIBRARY_LOAD_FAILED, reason);
   }
 }
