@@ -34,9 +34,10 @@ BaseOp::BaseOp(int numInputs, int numOutputs)
     : _fieldContainer(nullptr, &BaseOp::handleSensorNotification), _voxelDataTypeRequirements(onlyStandardTypes) {
   const TraceFrame trace("source/vxBaseOp:BaseOp::BaseOp()");
   _fieldContainer._setBaseOp(this);
-  for (int i = 0; i < numInputs; ++i) _fieldContainer.addInputConnector(this, i);
-  for (int i = 0; i < numOutputs; ++i) _fieldContainer.addOutputConnector(this, i);
-  _fieldContainer.addString(instanceNameField);
+  // A module without one of these is none: what the container has reported is thrown on.
+  for (int i = 0; i < numInputs; ++i) checkFatal(_fieldContainer.addInputConnector(this, i), VX_NO_MEMORY);
+  for (int i = 0; i < numOutputs; ++i) checkFatal(_fieldContainer.addOutputConnector(this, i), VX_NO_MEMORY);
+  checkFatal(_fieldContainer.addString(instanceNameField), VX_NO_MEMORY);
   _addBaseOp(*this);
 }
 
