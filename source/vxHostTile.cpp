@@ -193,7 +193,7 @@ int Host::processAllPages(BaseOp& op, VXint64 outIndex, VXint64 inIndex, SubImgB
     if (const int code = updateImageProps(op, outIndex)) return code;
   }
   return resultOf(allPages, op, [&]() -> int {
-    PagedImg walkedThrough(nullptr, -1);
+    PagedImg walkedThrough = withMemory([] { return PagedImg(nullptr, -1); });
     if (outIndex == -1) walkedThrough.setImgProps(*op.getInImg(inIndex, false));
     PagedImg* const img = outIndex == -1 ? &walkedThrough : op.getOutImg(outIndex);
     if (!img) return VX_UNKNOWN_EXCEPTION;
