@@ -14,15 +14,16 @@ namespace vx::test {
 /// A request to a chain of modules: a source, and two that add 1 to each voxel. They run on threads.
 class FaultNetwork : public FaultScenario {
  public:
-  /// \param pageSize in x and y; the image has three by three pages.
-  explicit FaultNetwork(VXint64 pageSize = 16, VXDataType dataType = VXuint16Type);
+  /// \param pageSize in x and y. \param numPagesX,numPagesY of the image.
+  explicit FaultNetwork(VXint64 pageSize = 16, VXDataType dataType = VXuint16Type, VXint64 numPagesX = 3,
+                        VXint64 numPagesY = 3);
 
   void mend() override;
   std::vector<TestModule*> modules() override { return {&last, &middle, &source}; }
 
   /// \return what a voxel of the image of the last module is.
   VXint64 valueAt(const TVector<VXint64>& position) const { return sourceValue(position) + numSteps; }
-  SubImgBox wholeBox() const { return boxOf(0, 0, 3 * _pageSize - 1, 3 * _pageSize - 1); }
+  SubImgBox wholeBox() const { return boxOf(0, 0, _imgExt.x - 1, _imgExt.y - 1); }
   SubImgBox firstPage() const { return boxOf(0, 0, _pageSize - 1, _pageSize - 1); }
 
   SourceModule source;
@@ -32,6 +33,7 @@ class FaultNetwork : public FaultScenario {
 
  private:
   VXint64 _pageSize;
+  TVector<VXint64> _imgExt;
 };
 
 /// The three ways to ask for a tile by C++, and that by C.
@@ -46,6 +48,7 @@ class FaultTile : public FaultNetwork {
   int call() override;
   void expectRight() override;
   void expectFailed() override;
+  std::vector<const CachedBuffer*> buffers() override { return {&_buffer}; }
 
   SubImgBox box = firstPage();
   VXDataType tileType = VXuint16Type;

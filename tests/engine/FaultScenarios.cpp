@@ -1,16 +1,16 @@
 #include "FaultScenarios.h"
 
-#include "FailingAllocator.h"
 #include "FaultNetwork.h"
+#include "FaultRecorder.h"
 #include "TestTypes.h"
 
 #include "vxAPI.h"
+#include "vxConnectorFields.h"
 #include "vxDataTypes.h"
-#include "vxErrorOutput.h"
 #include "vxHost.h"
 
 #include <gtest/gtest.h>
-#include <optional>
+#include <utility>
 
 namespace vx::test {
 
@@ -23,6 +23,11 @@ std::unique_ptr<Scenario> made(Arguments... arguments) {
 
 using ScenarioPtr = std::unique_ptr<FaultScenario>;
 
+template <class Scenario>
+ScenarioPtr make() {
+  return made<Scenario>();
+}
+
 // Tiles ---------------------------------------------------------------------------------------------------------------
 
 ScenarioPtr onePage(TileForm form) {
@@ -31,8 +36,8 @@ ScenarioPtr onePage(TileForm form) {
   return tile;
 }
 
-ScenarioPtr ninePages(TileForm form) {
-  auto tile = made<FaultTile>(VXint64{48});  // large enough to be cut from slabs
+ScenarioPtr ninePages(TileForm form, VXint64 pageSize) {
+  auto tile = made<FaultTile>(pageSize);
   tile->form = form;
   tile->box = tile->wholeBox();
   tile->tileType = VXdoubleType;
@@ -89,55 +94,215 @@ ScenarioPtr smallCache() {
 
 // The network itself --------------------------------------------------------------------------------------------------
 
-// A module with two inputs, which the interface makes by name.
-class FaultModule : public BaseOp {
+// A source of two pages, of a class that the interface makes by name.
+class FaultRamp : public BaseOp {
  public:
-  FaultModule() : BaseOp(2, 1) { getFieldContainer()->addInt("parameter"); }
-  VX_CLASS_HEADER(FaultModule)
+  FaultRamp() : BaseOp(0, 1) {
+    if (!getFieldContainer()->addInt("parameter")) throw int{VX_NO_MEMORY};
+  }
+  VX_CLASS_HEADER(FaultRamp)
+
+  void calcOutImageProps(int outIndex) override {
+    getOutImg(outIndex)->setImgExt(ext(8, 1));
+    getOutImg(outIndex)->setPageExt(ext(4, 1));
+    getOutImg(outIndex)->setDataType(VXuint16Type);
+  }
+  void calcOutSubImage(SubImg* outSubImg, int /*outIndex*/, SubImg* /*inSubImgs*/) override {
+    setVoxels<VXuint16>(*outSubImg, sourceValue);
+  }
 };
-VX_CLASS_SOURCE(FaultModule, "BaseOp")
+VX_CLASS_SOURCE(FaultRamp, "BaseOp")
 
-// Modules of a class that the interface makes by name.
-class Modules : public FaultScenario {
+// Hands its input on.
+class FaultStep : public BaseOp {
  public:
-  Modules() { FaultModule::initClass(nullptr, nullptr); }
+  FaultStep() : BaseOp(1, 1) {}
+  VX_CLASS_HEADER(FaultStep)
+};
+VX_CLASS_SOURCE(FaultStep, "BaseOp")
 
+struct DeleteModule {
+  void operator()(BaseOp* module) const { VXDeleteModule(module); }
+};
+using ModulePtr = std::unique_ptr<BaseOp, DeleteModule>;
+
+// A module that is made by name.
+class Creation : public FaultScenario {
+ public:
   int call() override {
-    _module.reset(VXCreateModuleFromName("FaultModule"));
+    _module.reset(VXCreateModuleFromName("FaultRamp"));
     return _module ? VX_RESULT_OK : refused;
   }
   void expectRight() override {
     EXPECT_GE(BaseOp::findBaseOpIndex(*_module), 0);
-    EXPECT_EQ(VXModuleGetNumFields(_module.get()), 5);
+    EXPECT_EQ(VXModuleGetNumFields(_module.get()), 3);
+  }
+  void expectFailed() override { EXPECT_EQ(BaseOp::getNumBaseOps(), _numModules); }
+
+ private:
+  ModulePtr _module;
+  VXint64 _numModules = BaseOp::getNumBaseOps();
+};
+
+class Connection : public FaultScenario {
+ public:
+  int call() override {
+    VXFieldDisconnect(_in);
+    return VXFieldConnectFrom(_in, _out) ? VX_RESULT_OK : refused;
+  }
+  void expectRight() override {
+    EXPECT_EQ(_in->getInputConnectorValue().getLink(), &_out->getOutputConnectorValue());
+    EXPECT_EQ(_in->getNumSourceFields(), 1U);
+    EXPECT_EQ(_out->getNumDestinationFields(), 1U);
+  }
+  void expectFailed() override {
+    EXPECT_EQ(_in->getInputConnectorValue().getLink(), nullptr);
+    EXPECT_EQ(_in->getNumSourceFields(), 0U);
+    EXPECT_EQ(_out->getNumDestinationFields(), 0U);
   }
 
- protected:
-  struct Delete {
-    void operator()(BaseOp* module) const { VXDeleteModule(module); }
-  };
-  std::unique_ptr<BaseOp, Delete> _module;
+ private:
+  FaultRamp _source;
+  FaultStep _step;
+  InputConnectorField* _in = _step.getInField(0);
+  OutputConnectorField* _out = _source.getOutField(0);
+};
+
+// All there is from the first module to the last one's end.
+class WholeRoad : public FaultScenario {
+ public:
+  ~WholeRoad() override { mend(); }
+
+  int call() override {
+    _source.reset(VXCreateModuleFromName("FaultRamp"));
+    if (!_source) return refused;
+    _step.reset(VXCreateModuleFromName("FaultStep"));
+    if (!_step) return refused;
+    if (!VXFieldConnectFrom(_step->getInField(0), _source->getOutField(0))) return refused;
+    if (const int code = VXImageGetTile(_step->getOutField(0), &_tile, 0, 0, 0, 8, 1, 1, VXuint16Type)) return code;
+    _step.reset();
+    _source.reset();
+    return VX_RESULT_OK;
+  }
+  void expectRight() override {
+    ASSERT_NE(_tile, nullptr);
+    for (VXint64 x = 0; x < 8; ++x) {
+      EXPECT_EQ(static_cast<const VXuint16*>(_tile)[x], sourceValue(TVector<VXint64>(x, 0, 0, 0, 0, 0)));
+    }
+    EXPECT_EQ(BaseOp::getNumBaseOps(), _numModules);
+  }
+  void mend() override {
+    _step.reset();
+    _source.reset();
+    VXImageFreeTile(std::exchange(_tile, nullptr));
+  }
+
+ private:
+  VXint64 _numModules = BaseOp::getNumBaseOps();
+  ModulePtr _source;
+  ModulePtr _step;
+  void* _tile = nullptr;
+};
+
+// The end of a network that has pages.
+class Deletion : public FaultScenario {
+ public:
+  Deletion() { prepare(); }
+
+  int call() override {
+    _step.reset();
+    _source.reset();
+    return VX_RESULT_OK;
+  }
+  void expectRight() override {
+    EXPECT_EQ(BaseOp::getNumBaseOps(), _numModules);
+    EXPECT_EQ(Host::getDefaultHost().getCache().getFigures().held, 0U);
+  }
+  void mend() override { prepare(); }
+
+ private:
+  void prepare() {
+    _source.reset(VXCreateModuleFromName("FaultRamp"));
+    _step.reset(VXCreateModuleFromName("FaultStep"));
+    VXFieldConnectFrom(_step->getInField(0), _source->getOutField(0));
+    void* tile = nullptr;
+    VXImageGetTile(_step->getOutField(0), &tile, 0, 0, 0, 8, 1, 1, VXuint16Type);
+    VXImageFreeTile(tile);
+  }
+
+  VXint64 _numModules = BaseOp::getNumBaseOps();
+  ModulePtr _source;
+  ModulePtr _step;
+};
+
+// A tile in a state of its own.
+class PushedState : public FaultTile {
+ public:
+  int call() override {
+    Host* const host = &Host::getDefaultHost();
+    if (const int code = VXPushState(0)) {
+      EXPECT_EQ(&Host::getDefaultHost(), host);
+      return code;
+    }
+    FaultRecorder::listen();
+    int result = refused;
+    try {
+      result = FaultTile::call();
+    } catch (...) {
+      leave(host);
+      throw;
+    }
+    leave(host);
+    return result;
+  }
+
+ private:
+  void leave(const Host* host) {
+    {
+      const UnaffectedAllocations unaffected;
+      mend();
+    }
+    EXPECT_EQ(VXPopState(), 0);
+    EXPECT_EQ(&Host::getDefaultHost(), host);
+  }
 };
 
 }  // namespace
 
+void registerFaultModules() {
+  registerTestModules();
+  registerTestTypes();
+  FaultRamp::initClass(nullptr, nullptr);
+  FaultStep::initClass(nullptr, nullptr);
+}
+
 const std::vector<FaultRow>& faultRows() {
+  constexpr int refused = FaultScenario::refused;
+  // An image behind one whose properties failed isn't calculated, and an input behind that is as good as open.
+  static const std::vector<int> propertyCodes = {VX_NO_MEMORY, VX_IMAGE_NOT_CALCULATED};
+  static const std::vector<int> walkCodes = {VX_NO_MEMORY, VX_IMAGE_NOT_CALCULATED, VX_OPEN_INPUT};
   static const std::vector<FaultRow> rows = {
-      {"Properties", [] { return ScenarioPtr(made<FaultProperties>()); }, {2}, Escape::always},
-      {"OnePage", [] { return onePage(TileForm::memory); }, {2}, Escape::whenOff},
-      {"OnePageIntoABlock", [] { return onePage(TileForm::block); }, {2}, Escape::whenOff},
-      {"OnePageIntoABuffer", [] { return onePage(TileForm::buffer); }, {2}, Escape::whenOff},
-      {"OnePageByC", [] { return onePage(TileForm::c); }, {2}, Escape::whenOff},
-      {"NinePages", [] { return ninePages(TileForm::memory); }, {2}, Escape::whenOff},
-      {"NinePagesByC", [] { return ninePages(TileForm::c); }, {2}, Escape::whenOff},
-      {"InPlace", &inPlace, {2}, Escape::whenOff},
-      {"Bypass", &bypassed, {2}, Escape::whenOff},
-      {"InTileCaching", &inTileCaching, {2}, Escape::whenOff},
-      {"ConvertedInputs", &convertedInputs, {2}, Escape::whenOff},
-      {"RegisteredType", &registeredType, {2}, Escape::whenOff},
-      {"SmallCache", &smallCache, {2}, Escape::whenOff},
-      {"AllPages", [] { return ScenarioPtr(made<FaultWalk>(false)); }, {2}, Escape::whenOff},
-      {"AllPagesOfAnInput", [] { return ScenarioPtr(made<FaultWalk>(true)); }, {2}, Escape::whenOff},
-      {"Module", [] { return ScenarioPtr(made<Modules>()); }, {FaultScenario::refused}, Escape::whenOff},
+      {"Creation", &make<Creation>, {refused}, Escape::whenOff},
+      {"Connection", &make<Connection>, {refused}, Escape::whenOff},
+      {"Properties", &make<FaultProperties>, propertyCodes, Escape::never},
+      {"OnePage", [] { return onePage(TileForm::memory); }, propertyCodes, Escape::never},
+      {"OnePageIntoABlock", [] { return onePage(TileForm::block); }, propertyCodes, Escape::never},
+      {"OnePageIntoABuffer", [] { return onePage(TileForm::buffer); }, propertyCodes, Escape::never},
+      {"OnePageByC", [] { return onePage(TileForm::c); }, propertyCodes, Escape::never},
+      {"NinePages", [] { return ninePages(TileForm::memory, 16); }, propertyCodes, Escape::never},
+      {"NinePagesOfSlabs", [] { return ninePages(TileForm::memory, 48); }, propertyCodes, Escape::never},
+      {"NinePagesByC", [] { return ninePages(TileForm::c, 16); }, propertyCodes, Escape::never},
+      {"InPlace", &inPlace, propertyCodes, Escape::never},
+      {"Bypass", &bypassed, propertyCodes, Escape::never},
+      {"InTileCaching", &inTileCaching, propertyCodes, Escape::never},
+      {"ConvertedInputs", &convertedInputs, propertyCodes, Escape::never},
+      {"RegisteredType", &registeredType, propertyCodes, Escape::never},
+      {"SmallCache", &smallCache, propertyCodes, Escape::never},
+      {"AllPages", [] { return ScenarioPtr(made<FaultWalk>(false)); }, walkCodes, Escape::never},
+      {"AllPagesOfAnInput", [] { return ScenarioPtr(made<FaultWalk>(true)); }, walkCodes, Escape::never},
+      {"PushedState", &make<PushedState>, {VX_NO_MEMORY, VX_IMAGE_NOT_CALCULATED, VX_MISUSED_INTERFACE}, Escape::never},
+      {"Deletion", &make<Deletion>, {}, Escape::never},
+      {"WholeRoad", &make<WholeRoad>, {refused, VX_NO_MEMORY, VX_IMAGE_NOT_CALCULATED}, Escape::whenOff},
   };
   return rows;
 }

@@ -32,18 +32,22 @@ class FaultScenario {
   virtual void expectFailed() {}
   /// What a host does before it asks again: pages that a failed group has left are cleared.
   virtual void mend() {}
-  /// The modules whose images have pages, from the requested one to the source.
+  /// The modules whose images have pages, from the requested one, null if that has no image, to the source.
   virtual std::vector<TestModule*> modules() { return {}; }
+  /// Other buffers in the cache.
+  virtual std::vector<const CachedBuffer*> buffers() { return {}; }
   /// How often each page of the requested image is locked after the calls went well.
   virtual int numLocksOfResult() const { return 0; }
 };
 
-/// From which functions of a scenario an exception may come.
+/// Whether std::bad_alloc may leave the calls of a scenario. Error codes never do.
 enum class Escape {
-  never,    ///< From none.
-  whenOff,  ///< From those of the C interface or of the host, while exception handling is off.
-  always    ///< From functions of C++ that have no frame.
+  never,   ///< Not at all.
+  whenOff  ///< While exception handling is off.
 };
+
+/// Registers the classes and types of all scenarios.
+void registerFaultModules();
 
 /// A row of the table.
 struct FaultRow {

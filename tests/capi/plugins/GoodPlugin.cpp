@@ -7,7 +7,9 @@ namespace vx::test {
 /// Voxels x + offset, of type int32.
 class PluginRamp : public BaseOp {
  public:
-  PluginRamp() : BaseOp(0, 1), _offset(getFieldContainer()->addInt("offset")) {}
+  PluginRamp() : BaseOp(0, 1), _offset(getFieldContainer()->addInt("offset")) {
+    if (!_offset) throw int{VX_NO_MEMORY};
+  }
   VX_CLASS_HEADER(PluginRamp)
 
   void calcOutImageProps(int outIndex) override {
