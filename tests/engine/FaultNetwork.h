@@ -50,7 +50,10 @@ class FaultTile : public FaultNetwork {
   void expectFailed() override;
   std::vector<const CachedBuffer*> buffers() override { return {&_buffer}; }
 
+  std::size_t numPagesOfInput() const override { return inputGroup; }
+
   SubImgBox box = firstPage();
+  std::size_t inputGroup = 1;
   VXDataType tileType = VXuint16Type;
   ScaleShiftData scaleShift;
   TileForm form = TileForm::memory;

@@ -15,7 +15,7 @@ namespace vx::test {
 /// at a time.
 class FaultRecorder {
  public:
-  FaultRecorder() : _handle(listen()) { _numMessages = 0; }
+  FaultRecorder() : _handle(listen()) { _numMessages = _numFailedGroups = 0; }
   ~FaultRecorder() {
     VXErrorOutput.removeMessageCB(_handle);
     VXErrorOutput.sendMessagesToCerr(true);
@@ -32,11 +32,17 @@ class FaultRecorder {
 
   /// \return the number of messages since the last call.
   static int take() { return _numMessages.exchange(0); }
+  /// \return the number of groups of pages that were told to have failed since the last call.
+  static int takeFailedGroups() { return _numFailedGroups.exchange(0); }
 
  private:
-  static void _hear(void* /*userData*/, const VXMessage* /*message*/) { ++_numMessages; }
+  static void _hear(void* /*userData*/, const VXMessage* message) {
+    ++_numMessages;
+    if (message->type == VX_FATAL && message->errorCode == VX_BAD_POINTER) ++_numFailedGroups;
+  }
 
   static inline std::atomic<int> _numMessages{0};
+  static inline std::atomic<int> _numFailedGroups{0};
 
   VXCallbackHandle _handle;
 };

@@ -62,6 +62,7 @@ ScenarioPtr inPlace() {
 ScenarioPtr bypassed() {
   auto tile = wholeImage();
   tile->last.setBypass(0, 0);
+  tile->inputGroup = 9;  // they stand in for the pages of the requested group
   tile->numSteps = 1;
   return tile;
 }
@@ -70,6 +71,7 @@ ScenarioPtr bypassed() {
 ScenarioPtr inTileCaching() {
   auto tile = wholeImage();
   const SubImgBox whole = tile->wholeBox();
+  tile->inputGroup = 9;
   tile->last.onCalcInSubImageBox = [whole](int, const SubImgBox&, int) { return whole; };
   tile->last.onCalcInSubImageProps = [](int, InSubImageProps& props, int) { props.inTileCaching = true; };
   return tile;

@@ -36,6 +36,8 @@ class FaultScenario {
   virtual std::vector<TestModule*> modules() { return {}; }
   /// Other buffers in the cache.
   virtual std::vector<const CachedBuffer*> buffers() { return {}; }
+  /// The number of pages of the first input that a group may have left locked.
+  virtual std::size_t numPagesOfInput() const { return 1; }
   /// How often each page of the requested image is locked after the calls went well.
   virtual int numLocksOfResult() const { return 0; }
 };
