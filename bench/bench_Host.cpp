@@ -3,6 +3,7 @@
 // must not exceed.
 
 #include "hostModules.h"
+#include "pagedLoops.h"
 #include "ratioTable.h"
 
 #include "vxCachedBuffer.h"
@@ -168,9 +169,9 @@ void addChain(Network& network, BaseOp& a, BaseOp& b, Inputs inputs) {
 // 1. to 3.: whole images ----------------------------------------------------------------------------------------------
 
 // A request on one thread, beside its limit; the tile must hold the same afterwards.
-void besideLimit(benchmark::State& state, const std::string& name, const std::function<void(Network&)>& request,
-                 Network& network, const Work& limit, std::size_t numBytes, double floor) {
-  const auto best = bestTimes({limit, [&] { request(network); }}, largeTurns, 1);
+void besideLimit(benchmark::State& state, const std::string& name, const Work& request, const Work& limit,
+                 std::size_t numBytes, double floor) {
+  const auto best = bestTimes({limit, request}, largeTurns, 1);
   require(std::memcmp(volume().tile.data(), volume().copy.data(), numBytes) == 0, "Wrong voxels.");
   conclude(state, name, best[1], best[1] / best[0], floor);
 }
@@ -207,9 +208,20 @@ void wholeImage(benchmark::State& state, const std::string& name, Road road, boo
     benchmark::ClobberMemory();
   };
   for (auto _ : state) {
-    if (numThreads == 1) besideLimit(state, name, request, one, limit, numImageVoxels * (isMapped ? 4 : 2), floor);
+    if (numThreads == 1) {
+      besideLimit(
+          state, name, [&] { request(one); }, limit, numImageVoxels * (isMapped ? 4 : 2), floor);
+    }
     if (numThreads == 2) besideOneThread(state, name, request, one, two, floor);
   }
+}
+
+// The limit of the five point modules.
+Work fusedLoop() {
+  return [&v = volume()] {
+    fusedChain(v.voxels.data(), v.others.data(), v.copy.data(), numImageVoxels);
+    benchmark::ClobberMemory();
+  };
 }
 
 // Five point modules.
@@ -225,14 +237,33 @@ void chain(benchmark::State& state, const std::string& name, Inputs inputs, VXui
     addChain(*network, a, b, inputs);
   }
   const auto request = [&](Network& network) { network.getTile(boxOf(imageExt), VXfloatType, v.tile.data()); };
-  const Work limit = [&] {
-    fusedChain(v.voxels.data(), v.others.data(), v.copy.data(), numImageVoxels);
-    benchmark::ClobberMemory();
-  };
   for (auto _ : state) {
-    if (numThreads == 1) besideLimit(state, name, request, one, limit, numImageVoxels * 4, floor);
+    if (numThreads == 1)
+      besideLimit(
+          state, name, [&] { request(one); }, fusedLoop(), numImageVoxels * 4, floor);
     if (numThreads == 2) besideOneThread(state, name, request, one, two, floor);
   }
+}
+
+// The same page by page without an engine, beside the limits of above: what more a network takes is the host's part.
+
+void imageByHand(benchmark::State& state, const std::string& name, int numCopies) {
+  Volume& v = volume();
+  PageRing ring(std::size_t(50000) * 1024);
+  auto* const tile = reinterpret_cast<std::uint16_t*>(v.tile.data());
+  const Work limit = [&] {
+    std::memcpy(v.copy.data(), v.voxels.data(), numImageVoxels * sizeof v.voxels[0]);
+    benchmark::ClobberMemory();
+  };
+  const Work pages = [&] { copyByPages(v.voxels.data(), tile, numCopies, ring); };
+  for (auto _ : state) besideLimit(state, name, pages, limit, numImageVoxels * 2, 0);
+}
+
+void chainByHand(benchmark::State& state, const std::string& name, VXuint64 cacheKB) {
+  Volume& v = volume();
+  PageRing ring(static_cast<std::size_t>(cacheKB) * 1024);
+  const Work pages = [&] { chainByPages(v.voxels.data(), v.others.data(), v.tile.data(), ring); };
+  for (auto _ : state) besideLimit(state, name, pages, fusedLoop(), numImageVoxels * 4, 0);
 }
 
 // 4.: small tiles -----------------------------------------------------------------------------------------------------
@@ -432,6 +463,10 @@ void registerAll() {
       registerOnce(name + twoThreads, chain, inputs, cacheKB, 2, cacheKB == 0 ? 1.25 : 1.5);
     }
   }
+  registerOnce("WholeImage/by hand, a page for the source", imageByHand, 0);
+  registerOnce("WholeImage/by hand, a page for the source and one for a module", imageByHand, 1);
+  registerOnce("Chain/default cache, by hand", chainByHand, VXuint64{50000});
+  registerOnce("Chain/8 MB cache, by hand", chainByHand, VXuint64{8192});
   registerOnce("CachedTile/straight", cachedTile, 0);
   registerOnce("CachedTile/behind ten modules", cachedTile, numPassThroughs);
   registerOnce("UncachedPage/through ten, inputs copied", uncachedPage, false);

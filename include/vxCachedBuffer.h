@@ -118,7 +118,7 @@ class VX_EXPORT CachedBuffer {
   void _reset() noexcept;
   void _clearInitialized() noexcept;
 
-  VXuint64 _listIndex = 0;                  // the list where the buffer really is; kept by the cache
+  VXuint32 _listIndex = 0;                  // the list where the buffer really is; kept by the cache
   bool _isBlockOwn = false;                 // whether `_data` was allocated here, with exactly `_size` bytes
   std::shared_ptr<CacheState> _cacheState;  // of `_cache`; lives on when that ends
 };

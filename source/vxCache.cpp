@@ -119,7 +119,7 @@ CachedBufferPosition Cache::_append(VXuint64 priority, CachedBuffer& buffer) VX_
     _sparePlaces.front() = &buffer;
     list.splice(list.end(), _sparePlaces, _sparePlaces.begin());
   }
-  buffer._listIndex = priority;
+  buffer._listIndex = static_cast<VXuint32>(priority);
   _state->held.add(buffer._size);
   _state->peak = std::max(_state->peak, _state->held.getBytes());
   _updateSize();
@@ -143,7 +143,7 @@ void Cache::_move(CachedBufferPosition position, VXuint64 newPriority) noexcept 
   CachedBuffer& buffer = **position;
   CachedBufferList& list = _priorityLists[newPriority];
   list.splice(list.end(), _priorityLists[buffer._listIndex], position);
-  buffer._listIndex = newPriority;
+  buffer._listIndex = static_cast<VXuint32>(newPriority);
   buffer._listPosition = position;
 }
 
