@@ -137,21 +137,33 @@ class Program {
     if (row.name == "VXBaseFieldSetPtr") VXBaseFieldSetPtr(_world.heldBaseField(), _heldObject);
   }
 
+  // How a call came back, one allocation of which may have failed.
+  struct Outcome {
+    long long result = 0;
+    bool hasThrown = false;
+    bool hasFailed = false;  // whether the allocation was met
+  };
+
+  template <class Call>
+  static Outcome _callWithFailure(const std::string& name, const Call& call, long failing) {
+    Outcome outcome;
+    test::failAllocation(failing);
+    try {
+      outcome.result = call();
+    } catch (...) {
+      outcome.hasThrown = true;
+    }
+    outcome.hasFailed = test::stopFailing() < 0 && failing >= 0;
+    // An exception is a failure that is told as well, where the host wants exceptions.
+    if (outcome.hasThrown && (!outcome.hasFailed || VXIsExceptionHandlingEnabled())) fuzz::fail(name + " throws");
+    return outcome;
+  }
+
   void _callWell(const Row& row, const Habit& habit, long failing) {
     const auto call = row.prepare(_world);
     const int numCallsBefore = _numCalls;
     forgetMessages();
-    test::failAllocation(failing);
-    long long result = 0;
-    bool hasThrown = false;
-    try {
-      result = call();
-    } catch (...) {
-      hasThrown = true;
-    }
-    const bool hasFailed = test::stopFailing() < 0 && failing >= 0;
-    // An exception is a failure that is told as well, where the host wants exceptions.
-    if (hasThrown && (!hasFailed || VXIsExceptionHandlingEnabled())) fuzz::fail(row.name + " throws");
+    const auto [result, hasThrown, hasFailed] = _callWithFailure(row.name, call, failing);
     // What calls from inside say isn't told apart, and they change what there is to say.
     if (_depth > 0 || _numCalls != numCallsBefore || !habit.isSilent || row.name == "VXPopState") return;
     if (!hasFailed && numFailuresHeard > 0) {
@@ -169,18 +181,9 @@ class Program {
     const auto& refused = calls[index % calls.size()];
     const auto call = refused.prepare();
     forgetMessages(refused.refusal.reason.c_str());
-    test::failAllocation(failing);
-    bool isAnswered = false;
-    bool hasThrown = false;
-    try {
-      isAnswered = call();
-    } catch (...) {
-      hasThrown = true;
-    }
-    const bool hasFailed = test::stopFailing() < 0 && failing >= 0;
-    if (hasThrown && (!hasFailed || VXIsExceptionHandlingEnabled())) fuzz::fail(refused.name + " throws");
-    if (_depth == 0 && !hasFailed) {
-      if (!isAnswered) fuzz::fail(refused.name + " isn't refused");
+    const Outcome outcome = _callWithFailure(refused.name, call, failing);
+    if (_depth == 0 && !outcome.hasFailed) {
+      if (!outcome.result) fuzz::fail(refused.name + " isn't refused");
       if (!hasReason) fuzz::fail(refused.name + " is refused without its reason");
     }
     forgetMessages();

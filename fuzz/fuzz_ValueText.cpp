@@ -115,27 +115,24 @@ void checkMatrix(const std::string& text, const Tvec64<double>& all, std::size_t
 
 // How many numbers a text begins with, as the shortest vector tells that is not complete any more. A number that isn't
 // read is 0, so the components alone don't tell.
+template <class... LongestFirst>
 std::size_t countNumbers(const std::string& text) {
-  const auto reads = [&text](auto vector) { return StringConversion::readFromString(text, vector); };
-  if (reads(Tvec64<double>())) return 64;
-  if (reads(Tvec32<double>())) return 32;
-  if (reads(Tvec16<double>())) return 16;
-  if (reads(Tvec10<double>())) return 10;
-  if (reads(Tvec9<double>())) return 9;
-  if (reads(Tvec8<double>())) return 8;
-  if (reads(Tvec7<double>())) return 7;
-  if (reads(Tvec6<double>())) return 6;
-  if (reads(Tvec5<double>())) return 5;
-  if (reads(Tvec4<double>())) return 4;
-  if (reads(Tvec3<double>())) return 3;
-  if (reads(Tvec2<double>())) return 2;
-  return 0;
+  std::size_t numNumbers = 0;
+  const auto reads = [&](auto vector) {
+    if (!StringConversion::readFromString(text, vector)) return false;
+    numNumbers = vector.size();
+    return true;
+  };
+  (void)(reads(LongestFirst()) || ...);
+  return numNumbers;
 }
 
 void checkComposites(const std::string& text) {
   Tvec64<double> all;
   StringConversion::readFromString(text, all);
-  const std::size_t numRead = countNumbers(text);
+  const std::size_t numRead =
+      countNumbers<Tvec64<double>, Tvec32<double>, Tvec16<double>, Tvec10<double>, Tvec9<double>, Tvec8<double>,
+                   Tvec7<double>, Tvec6<double>, Tvec5<double>, Tvec4<double>, Tvec3<double>, Tvec2<double>>(text);
   checkVector<Tvec2<double>>(text, all, numRead);
   checkVector<Tvec3<double>>(text, all, numRead);
   checkVector<Tvec4<double>>(text, all, numRead);

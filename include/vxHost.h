@@ -29,7 +29,6 @@ class RequestLevels;
 class SubImg;
 class ThreadDataClass;
 struct PageGroup;
-struct TileCopy;
 
 /// Delivers boxes of voxels (tiles) of the outputs of a network of modules.
 ///
@@ -216,7 +215,7 @@ class VX_EXPORT Host {
                     const ScaleShiftData& scaleShift, bool isProcessAllPages, PagedImg& outImg);
   // The pages of a group:
   void _calcPages(BaseOp& op, PagedImg& outImg, VXint64 outIndex, const std::vector<VXint64>& ids, VXuint64 depth,
-                  bool hasNoOutput, TileCopy* tile = nullptr);
+                  bool hasNoOutput);
   void _preparePage(PageGroup& group, std::size_t position);
   CachedBuffer& _makePage(const PageGroup& group, VXint64 id, SubImg& block);
   // The inputs of a page:

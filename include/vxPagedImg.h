@@ -150,8 +150,6 @@ class VX_EXPORT PagedImg : public MedicalImageProperties {
   /// \throw int ::VX_BAD_POINTER, after a fatal report, for an id without a page and for a null block.
   void copyPages(const std::vector<VXint64>& ids, SubImg* dest, const ScaleShiftData& scaleShift,
                  BYPASS_TYPES type) const;
-  /// Copies one page. \param id,dest,scaleShift,type as for copyPages(), as are the errors.
-  void _copyPage(VXint64 id, SubImg* dest, const ScaleShiftData& scaleShift, BYPASS_TYPES type) const;
 
   /// \name Tiles
   /// See BaseOp::getTile(). A free-standing image reports as fatal, and the result is ::VX_MISUSED_INTERFACE.

@@ -76,6 +76,8 @@ void BlockSlabs::free(void* block, VXuint64 size) noexcept {
   _slabs.erase(found);
 }
 
+bool BlockSlabs::contains(const void* block) noexcept { return _findSlab(block) != _slabs.end(); }
+
 BlockSlabs::Slabs::iterator BlockSlabs::_findSlab(const void* block) noexcept {
   const auto address = reinterpret_cast<std::uintptr_t>(block);
   auto next = _slabs.upper_bound(static_cast<unsigned char*>(const_cast<void*>(block)));

@@ -43,6 +43,9 @@ class BlockSlabs {
   // \param size as it was asked for.
   void free(void* block, VXuint64 size) noexcept;
 
+  // Whether a block was cut from one of these slabs.
+  bool contains(const void* block) noexcept;
+
   // The number of slabs, all of which hold a block at least.
   std::size_t getNumSlabs() const noexcept { return _slabs.size(); }
 

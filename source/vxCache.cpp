@@ -22,8 +22,6 @@ constexpr unsigned int levelWasChanged = 0x80002;
 constexpr unsigned int cacheWasFlushed = 0x80004;
 constexpr unsigned int limitWasChanged = 0x80008;
 
-constexpr VXuint64 bytesPerKB = 1024;
-
 VXuint64 clampPriority(VXuint64 priority) { return std::min(priority, Cache::numPriorities - 1); }
 
 // Asks for what the next flush is going to look at, which was last used before all else in the cache. One step for each
@@ -159,6 +157,7 @@ void Cache::flushCache() {
   const TraceFrame trace("source/vxCache:Cache::flushCache()");
   const MutexLock lock(_cacheMutex);
   _dropBuffers();
+  _state->boundWarmBlocks(0);  // also where nothing was dropped: the limit may be a lower one
   VXNotify.notify(cacheWasFlushed, nullptr, nullptr);
 }
 

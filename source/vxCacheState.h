@@ -11,8 +11,12 @@
 
 namespace vx {
 
+constexpr VXuint64 bytesPerKB = 1024;
+
 // \return bytes; the greatest number where they don't fit 64 bits.
-inline VXuint64 limitInBytes(VXuint64 sizeKB) noexcept { return sizeKB > ~0ULL >> 10 ? ~0ULL : sizeKB << 10; }
+inline VXuint64 limitInBytes(VXuint64 sizeKB) noexcept {
+  return sizeKB > ~0ULL / bytesPerKB ? ~0ULL : sizeKB * bytesPerKB;
+}
 
 // An exact sum of sizes, also of such that don't fit 64 bits together: what was added can be subtracted again.
 class ByteSum {
@@ -65,7 +69,6 @@ struct CacheState {
     warmBlocks.put(block, size);
   }
 
- private:
   // Free blocks may fill what buffers leave of the limit, since memory that was given back has to be had again for the
   // next pages. \param newBytes that buffers are about to hold.
   void boundWarmBlocks(VXuint64 newBytes) noexcept {

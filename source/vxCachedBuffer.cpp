@@ -7,7 +7,9 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <iterator>
+#include <memory>
 #include <new>
 #include <optional>
 #include <ostream>
@@ -108,6 +110,41 @@ void CachedBuffer::_clearInitialized() noexcept {
   _reset();
 }
 
+namespace {
+
+// A block that is part of the slabs of another cache, which takes it back at the end of the scope.
+class FormerBlock {
+ public:
+  FormerBlock() = default;
+  ~FormerBlock() {
+    if (!_state) return;
+    const MutexLock lock(_state->mutex);
+    _state->free(_data, _size);
+  }
+  FormerBlock(const FormerBlock&) = delete;
+  FormerBlock& operator=(const FormerBlock&) = delete;
+
+  // \param state of the cache that allocated the block; nothing is taken if it is no part of a slab.
+  void take(const std::shared_ptr<CacheState>& state, void* data, VXuint64 size) noexcept {
+    const MutexLock lock(state->mutex);
+    if (!state->slabs.contains(data)) return;
+    _state = state;
+    _data = data;
+    _size = size;
+  }
+  void leak() noexcept { _state.reset(); }
+  void copyTo(void* data) const noexcept { std::memcpy(data, _data, static_cast<std::size_t>(_size)); }
+
+  explicit operator bool() const noexcept { return _state != nullptr; }
+
+ private:
+  std::shared_ptr<CacheState> _state;
+  void* _data = nullptr;
+  VXuint64 _size = 0;
+};
+
+}  // namespace
+
 void CachedBuffer::init(Cache& cache, VXuint64 priority, VXuint64 size, void* data) {
   _init(cache, priority, size, data, false);
 }
@@ -118,9 +155,11 @@ void CachedBuffer::_init(Cache& cache, VXuint64 priority, VXuint64 size, void* d
   if (!addressOf(cache)) throw static_cast<int>(VX_BAD_INTERNAL_POINTER);
 
   bool hasBlock = false;
+  FormerBlock former;
   if (_cacheState != cache._state) {
     // Another cache is left before this one is locked: two locks at once might wait for each other.
     hasBlock = _leaveCache();
+    if (hasBlock && _isBlockOwn) former.take(_cacheState, _data, _size);
     _cacheState = cache._state;
   }
   const MutexLock lock(_cacheState->mutex);
@@ -136,15 +175,17 @@ void CachedBuffer::_init(Cache& cache, VXuint64 priority, VXuint64 size, void* d
       report(VX_ERROR, "CachedBuffer::init()", VX_MISUSED_INTERFACE,
              "Badly implemented case: Buffer is illegally initialized. Probably a memory leak remains.");
     }
+    former.leak();
     _data = data;
     _isBlockOwn = false;
-  } else if (!hasBlock || _size != size) {
-    if (hasBlock) _freeBlock();
+  } else if (!hasBlock || _size != size || former) {
+    if (hasBlock && !former) _freeBlock();
     _data = _cacheState->allocate(size);
     if (!_data) {
       _reset();
       throw static_cast<int>(VX_NO_MEMORY);
     }
+    if (former && _size == size) former.copyTo(_data);
     _isBlockOwn = true;
   }
 

@@ -16,9 +16,6 @@ namespace vx {
 /// no page left isn't waited for. A barrier counts its openings: who waits does so for the opening after his arrival,
 /// so that a slow one who hasn't looked yet can't take an arrival at the next round for his own, or erase it.
 ///
-/// Workers that copy their pages into a tile do so when all pages are calculated and none has failed: they arrive at
-/// one more barrier. Who has failed ends without arriving, and the requesting thread, if it has chunks, ends instead.
-///
 /// All functions are called with the mutex of the run held. Those that return a bool say whether others may now go on,
 /// and must be told.
 class ChunkCounters {
@@ -31,19 +28,18 @@ class ChunkCounters {
 
   /// \param numChunks one worker is to be waited for each; 0 if no thread is started at all.
   /// \param serializeInputCopies whether copies of inputs take place in rounds.
-  /// \param copiesIntoTile whether workers copy their pages into a tile.
-  ChunkCounters(VXint32 numChunks, bool serializeInputCopies, bool copiesIntoTile) noexcept
-      : _numThreadsToWaitFor(numChunks), _isRequesterAwaited(serializeInputCopies || copiesIntoTile) {}
+  ChunkCounters(VXint32 numChunks, bool serializeInputCopies) noexcept
+      : _numThreadsToWaitFor(numChunks), _serializeInputCopies(serializeInputCopies) {}
 
   /// A thread was started for a chunk.
   void threadStarted() noexcept { ++_numStartedThreads; }
 
-  /// No more threads will be started. Chunks without a thread are left to the requesting thread, which the others wait
-  /// for like for one worker with all of them as one chunk.
+  /// No more threads will be started. Chunks without a thread are left to the requesting thread, which takes part in
+  /// the rounds with all of them as one chunk.
   [[nodiscard]] bool allThreadsStarted() noexcept {
     const bool areChunksLeft = _numStartedThreads < _numThreadsToWaitFor;
     _numThreadsToWaitFor = _numStartedThreads;
-    _isRequesterInRounds = areChunksLeft && _isRequesterAwaited;
+    _isRequesterInRounds = areChunksLeft && _serializeInputCopies;
     return _openWhereAllArrived();
   }
   /// The requesting thread has no page left.
@@ -67,8 +63,6 @@ class ChunkCounters {
   Barrier& beforeCopy() noexcept { return _barrierBeforeCopy; }
   /// \copydoc beforeCopy()
   Barrier& afterCopy() noexcept { return _barrierAfterCopy; }
-  /// The barrier for those that have calculated all of their pages.
-  Barrier& afterCalculation() noexcept { return _barrierAfterCalculation; }
 
   /// Arrives at a barrier; whether to go on tells hasOpened() with the number of openings before the call.
   [[nodiscard]] bool arrive(Barrier& barrier) noexcept {
@@ -81,14 +75,7 @@ class ChunkCounters {
   }
 
   /// A page has failed.
-  void countError() noexcept {
-    ++_numThreadErrors;
-    _hasFailed = true;
-  }
-  /// A chunk has ended with an exception.
-  void chunkFails() noexcept { _hasFailed = true; }
-  /// \return whether a page or a chunk has failed.
-  bool hasFailed() const noexcept { return _hasFailed; }
+  void countError() noexcept { ++_numThreadErrors; }
   /// \return the number of failures.
   VXint32 numErrors() const noexcept { return _numThreadErrors; }
   /// \return workers between their start and their end.
@@ -105,8 +92,7 @@ class ChunkCounters {
   bool _openWhereAllArrived() noexcept {
     const bool before = _openIfAllArrived(_barrierBeforeCopy);
     const bool after = _openIfAllArrived(_barrierAfterCopy);
-    const bool calculated = _openIfAllArrived(_barrierAfterCalculation);
-    return before || after || calculated;
+    return before || after;
   }
 
   VXint32 _numThreadsToWaitFor;       // chunks that are calculated by a worker
@@ -114,12 +100,10 @@ class ChunkCounters {
   VXint32 _numActiveThreads = 0;      // workers between their start and their end
   VXint32 _numFinishedThreads = 0;    // workers that have ended
   VXint32 _numThreadErrors = 0;       // failures in this run
-  bool _hasFailed = false;            // whether anything has failed
-  bool _isRequesterAwaited;           // whether the barriers wait for the requesting thread, if it has chunks
-  bool _isRequesterInRounds = false;  // whether it has some
+  bool _serializeInputCopies;         // input copies must not run in parallel
+  bool _isRequesterInRounds = false;  // whether the barriers wait for the requesting thread too
   Barrier _barrierBeforeCopy;
   Barrier _barrierAfterCopy;
-  Barrier _barrierAfterCalculation;
 };
 
 }  // namespace vx

@@ -2,21 +2,9 @@
 
 #include "vxThread.h"
 
-#include <chrono>
 #include <thread>
 
 namespace vx {
-
-namespace {
-
-// Waits for up to 100 microseconds without sleeping, while others that are ready go first. Chunks take about the same
-// time, and to be woken takes as long as some of their pages.
-void awaitBriefly(const std::atomic<bool>& flag) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(100);
-  while (!flag.load() && std::chrono::steady_clock::now() < end) std::this_thread::yield();
-}
-
-}  // namespace
 
 ChunkRun::~ChunkRun() {
   requesterEnds();
@@ -37,13 +25,13 @@ void ChunkRun::startWorker(void (*entry)(void*), ThreadDataClass** chunk) {
 
 void ChunkRun::allWorkersStarted() {
   const MutexLock lock(_mutex);
-  _tell(_counters.allThreadsStarted());
+  if (_counters.allThreadsStarted()) _changed.notify_all();
 }
 
 void ChunkRun::requesterEnds() {
   if (!_isThreaded) return;
   const MutexLock lock(_mutex);
-  _tell(_counters.requesterEnds());
+  if (_counters.requesterEnds()) _changed.notify_all();
 }
 
 bool ChunkRun::haveAllWorkersEnded() {
@@ -77,25 +65,7 @@ ChunkRun::Worker::~Worker() {
   if (!_isWorker) return;
   // Signalled under the lock: once it is given back, the run and its host may be gone.
   const MutexLock lock(_run._mutex);
-  _run._tell(_run._counters.threadEnds());
-}
-
-void ChunkRun::_tell(bool canOthersGoOn) {
-  if (!canOthersGoOn) return;
-  _areAllCalculated.store(ChunkCounters::hasOpened(_counters.afterCalculation(), 0));
-  _changed.notify_all();
-}
-
-TileCopy* ChunkRun::waitForTile() {
-  if (!_tile) return nullptr;
-  {
-    const MutexLock lock(_mutex);
-    _tell(_counters.arrive(_counters.afterCalculation()));
-  }
-  awaitBriefly(_areAllCalculated);
-  const MutexLock lock(_mutex);
-  while (!ChunkCounters::hasOpened(_counters.afterCalculation(), 0)) _changed.wait(_mutex);
-  return _counters.hasFailed() ? nullptr : _tile;
+  if (_run._counters.threadEnds()) _run._changed.notify_all();
 }
 
 void ChunkRun::_wait(ChunkCounters::Barrier& (ChunkCounters::*which)() noexcept) {
@@ -103,18 +73,13 @@ void ChunkRun::_wait(ChunkCounters::Barrier& (ChunkCounters::*which)() noexcept)
   const MutexLock lock(_mutex);
   ChunkCounters::Barrier& barrier = (_counters.*which)();
   const VXuint32 numOpenings = barrier.numOpenings;
-  _tell(_counters.arrive(barrier));
+  if (_counters.arrive(barrier)) _changed.notify_all();
   while (!ChunkCounters::hasOpened(barrier, numOpenings)) _changed.wait(_mutex);
 }
 
 void ChunkRun::countError() {
   const MultithreadingLock lock(_mutex);
   _counters.countError();
-}
-
-void ChunkRun::chunkFails() {
-  const MultithreadingLock lock(_mutex);
-  _counters.chunkFails();
 }
 
 void ChunkRun::keepException(ThreadDataClass* const* chunk) {

@@ -7,13 +7,10 @@
 #include "vxMutex.h"
 #include "vxThreadDataClass.h"
 
-#include <atomic>
 #include <condition_variable>
 #include <exception>
 
 namespace vx {
-
-struct TileCopy;
 
 /// Starts the workers of a run, lets them wait for each other, and waits for their end.
 ///
@@ -24,16 +21,14 @@ class ChunkRun {
   /// \param mutex,changed of the host. \param numErrors takes the number of failures: 0 now, all of them at the end.
   /// \param numWorkers one for each chunk; 0 if the requesting thread calculates them.
   /// \param serializeInputCopies whether input copies take place in rounds.
-  /// \param tile where workers copy their pages when all are calculated, null for nowhere.
   ChunkRun(Mutex& mutex, std::condition_variable_any& changed, VXint32& numErrors, VXint32 numWorkers,
-           bool serializeInputCopies, TileCopy* tile)
+           bool serializeInputCopies)
       : _mutex(mutex),
         _changed(changed),
         _numErrors(numErrors),
         _isThreaded(numWorkers > 0),
         _isSerialized(serializeInputCopies),
-        _tile(tile),
-        _counters(numWorkers, serializeInputCopies, tile != nullptr) {
+        _counters(numWorkers, serializeInputCopies) {
     _numErrors = 0;
   }
   /// Waits for the end of all workers.
@@ -84,31 +79,23 @@ class ChunkRun {
   void waitBeforeCopy() { _wait(&ChunkCounters::beforeCopy); }
   /// Waits until all have copied inputs, where copies take place in rounds.
   void waitAfterCopy() { _wait(&ChunkCounters::afterCopy); }
-  /// Waits until all pages of the run are calculated, if workers copy theirs into a tile. Only called by workers
-  /// without a failure. \return the tile if none has failed, else null.
-  TileCopy* waitForTile();
 
   /// \return the mutex to be held while copying inputs; null if none.
   Mutex* copyMutex() noexcept { return _isSerialized ? &_mutex : nullptr; }
   /// Counts a page that failed.
   void countError();
-  /// Notes that an exception leaves a chunk.
-  void chunkFails();
   /// Keeps the exception being handled for the requesting thread. \param chunk the chunk that it left.
   void keepException(ThreadDataClass* const* chunk);
   ///@}
 
  private:
   void _wait(ChunkCounters::Barrier& (ChunkCounters::*which)() noexcept);
-  void _tell(bool canOthersGoOn) VX_REQUIRES(_mutex);
 
   Mutex& _mutex;
   std::condition_variable_any& _changed;
   VXint32& _numErrors;  // used by the requesting thread
   const bool _isThreaded;
   const bool _isSerialized;
-  TileCopy* const _tile;
-  std::atomic<bool> _areAllCalculated{false};  // changed with the mutex held
   ChunkCounters _counters VX_GUARDED_BY(_mutex);
   std::exception_ptr _exception VX_GUARDED_BY(_mutex);
   ThreadDataClass* const* _exceptionChunk VX_GUARDED_BY(_mutex) = nullptr;

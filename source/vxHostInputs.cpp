@@ -3,6 +3,7 @@
 
 #include "vxBaseOp.h"
 #include "vxCachedBuffer.h"
+#include "vxDataTypes.h"
 #include "vxGuards.h"
 #include "vxHost.h"
 #include "vxPageBytes.h"
@@ -94,6 +95,10 @@ void* findSharedPage(const ThreadDataClass& data, const InputPageData& input, co
   return isWhole ? page->getData() : nullptr;
 }
 
+void copyInput(const InputPageData& input, SubImg& block) {
+  input._inImg->copyPages(input._pageIDs, &block, input._scaleShiftData, PagedImg::OWN_OR_BYPASSED_PAGE);
+}
+
 // Gives an input block its memory, and fills it unless a worker does that.
 void provideInput(ThreadDataClass& data, InputPageData& input, SubImg& block) {
   checkFatal(input._inImg != nullptr);
@@ -101,12 +106,15 @@ void provideInput(ThreadDataClass& data, InputPageData& input, SubImg& block) {
   block.setDataType(input._dataType);
   if (input._useInplace) {
     block.setData(data._outSubImg->getData());
-    input._copyInThread = true;
+    // Left to the worker, the page is still in its caches when the module runs. Conversions of registered types must
+    // not meet, for which the run doesn't look at the types of input images.
+    input._copyInThread = VXIsStandardType(input._inImg->getDataType());
+    if (!input._copyInThread) copyInput(input, block);
   } else if (input._useMemoryImg) {
     block.setData(memoryImg.getSubImg().getData());
   } else if (input._inTileCaching) {
     block.setData(memoryImg.getSubImg().getData());
-    input._inImg->copyPages(input._pageIDs, &block, input._scaleShiftData, PagedImg::OWN_OR_BYPASSED_PAGE);
+    copyInput(input, block);
     memoryImg.setValid(true);
   } else {
     block.setData(findSharedPage(data, input, block.getBox()));

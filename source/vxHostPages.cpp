@@ -100,11 +100,10 @@ void reportFailedGroup(const BaseOp& op, VXint32 numThreadErrors) {
 }  // namespace
 
 void Host::_calcPages(BaseOp& op, PagedImg& outImg, VXint64 outIndex, const std::vector<VXint64>& ids, VXuint64 depth,
-                      bool hasNoOutput, TileCopy* tile) {
+                      bool hasNoOutput) {
   const TraceFrame trace("source/vxHost:Host::_calcPages()");
   const RequestLevels::Scope level(*_levels);
-  PageGroup group{op,     outImg, outIndex, ids, depth, hasNoOutput, outImg.getBypassIndex() >= 0 && depth == 0,
-                  *level, tile};
+  PageGroup group{op, outImg, outIndex, ids, depth, hasNoOutput, outImg.getBypassIndex() >= 0 && depth == 0, *level};
   try {
     for (std::size_t position = 0; position < ids.size(); ++position) _preparePage(group, position);
     _runChunks(group);
@@ -128,7 +127,6 @@ void Host::_preparePage(PageGroup& group, std::size_t position) {
     return;
   }
   ThreadDataClass& record = addRecord(group, *this);
-  record._pageID = id;
   record._outPage = &_makePage(group, id, *record._outSubImg);
   if (fillFromMemoryImg(group, *record._outSubImg, *record._outPage)) {
     group.level.removeLastRecord();

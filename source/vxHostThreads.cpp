@@ -86,15 +86,13 @@ class Chunk {
     _threadInfo.threadHandle = records[0]->_threadHandle;
   }
 
-  // \return whether none failed.
-  bool calcPages() {
+  void calcPages() {
     for (VXint32 i = 0; i < _threadInfo.numPages && _error == VX_RESULT_OK; ++i) {
       _threadInfo.pageIndex = i;
       ThreadDataClass* const record = _records[i];
       checkFatal(record && (record->_numInputs <= 0 || !record->_inputData.empty()));
       _calcPage(*record);
     }
-    return _error == VX_RESULT_OK;
   }
 
  private:
@@ -120,7 +118,7 @@ class Chunk {
 
   void _copyInput(ThreadDataClass& record, const InputPageData& input, std::size_t inIndex) {
     SubImg& block = record._inSubImgs[inIndex];
-    void* data = block.getData();
+    void* data = block.getData();  // that of the output page, in place
     if (!data && !_buffers.provide(inIndex, record._inputData.size(),
                                    numBytesOrTooMany(input._dataType, block.getBox()), data)) {
       _fail(record, VX_NO_MEMORY);
@@ -172,26 +170,6 @@ class Chunk {
   InputBuffers _buffers;
 };
 
-// Copies the pages of a chunk into the tile that they were requested for. A page that its module has removed is left to
-// the requesting thread.
-void copyIntoTile(TileCopy& tile, ThreadDataClass* const* records, VXint32 numPages) {
-  for (VXint32 i = 0; i < numPages; ++i) {
-    const ThreadDataClass& record = *records[i];
-    if (record._outImg->getPage(record._pageID, PagedImg::OWN_PAGE) != record._outPage) continue;
-    record._outImg->_copyPage(record._pageID, &tile.tile, tile.scaleShift, PagedImg::OWN_PAGE);
-    tile.numPagesCopied.fetch_add(1, std::memory_order_relaxed);
-  }
-}
-
-// The tile that workers may copy the pages of a group into; null if the requesting thread is to do that.
-TileCopy* tileForWorkers(const PageGroup& group) {
-  if (!group.tile || !group.tile->tile.getData()) return nullptr;
-  if (group.level.records().size() != group.ids.size()) return nullptr;
-  const bool canCopyInParallel =
-      VXIsStandardType(group.outImg.getDataType()) && VXIsStandardType(group.tile->tile.getDataType());
-  return canCopyInParallel ? group.tile : nullptr;
-}
-
 // Multi-threading ends with a run, also if it was active before; but not with one inside another that goes on.
 class MultithreadingEnd {
  public:
@@ -222,10 +200,8 @@ void Host::_runChunks(PageGroup& group) {
   const bool isThreaded = numChunks > 1 && group.op.getThreadSupport() != BaseOp::NO_THREAD_SUPPORT;
 
   const MultithreadingEnd end;
-  const bool isSerialized = needsSerializedCopies(group.outImg, *records[0]);
   ChunkRun run(_threadStateMutex, _threadStateChanged, _numThreadErrors,
-               isThreaded ? static_cast<VXint32>(numChunks) : 0, isSerialized,
-               isThreaded && !isSerialized ? tileForWorkers(group) : nullptr);
+               isThreaded ? static_cast<VXint32>(numChunks) : 0, needsSerializedCopies(group.outImg, *records[0]));
   for (VXuint64 i = 0; i < numChunks; ++i) {
     const VXuint64 first = numRecords / numChunks * i;
     const VXuint64 last = i + 1 == numChunks ? numRecords : numRecords / numChunks * (i + 1);
@@ -271,12 +247,9 @@ void Host::_calcPagesMT(void* arg) {
   const ChunkRun::Worker worker(run, **records);
   const NestedRequestScope::Chunk mark(run.isThreaded());
   try {
-    const bool isCalculated = Chunk(run, records).calcPages();
-    TileCopy* const tile = worker && isCalculated ? run.waitForTile() : nullptr;
-    if (tile) copyIntoTile(*tile, records, (*records)->_numPagesInChunk);
+    Chunk(run, records).calcPages();
   } catch (...) {
     VXPrintAndNotifyFatal(__FILE__, __LINE__, VX_BAD_POINTER);
-    run.chunkFails();
     if (!worker) throw;
     run.keepException(records);
   }

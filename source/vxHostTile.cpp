@@ -7,7 +7,6 @@
 #include "vxGuards.h"
 #include "vxHost.h"
 #include "vxPageBytes.h"
-#include "vxPageGroup.h"
 #include "vxPagedImg.h"
 #include "vxProcessingGuards.h"
 #include "vxRequestLevels.h"
@@ -248,16 +247,13 @@ int Host::_processGroups(BaseOp& op, VXint64 outIndex, SubImg& tile, const Scale
 
 int Host::_processGroup(BaseOp& op, VXint64 outIndex, const std::vector<VXint64>& ids, SubImg& tile,
                         const ScaleShiftData& scaleShift, bool isProcessAllPages, PagedImg& outImg) {
-  TileCopy tileCopy{tile, scaleShift};
   const int result = resultOf(groupOfPages, op, [&]() -> int {
-    _calcPages(op, outImg, outIndex, ids, 0, outIndex < 0, isProcessAllPages ? nullptr : &tileCopy);
+    _calcPages(op, outImg, outIndex, ids, 0, outIndex < 0);
     return VX_RESULT_OK;
   });
   if (result == VX_RESULT_OK && !isProcessAllPages) {
     const GroupLocks locks(outImg, ids);
-    if (tileCopy.numPagesCopied != ids.size()) {
-      outImg.copyPages(ids, &tile, scaleShift, PagedImg::OWN_OR_BYPASSED_PAGE);
-    }
+    outImg.copyPages(ids, &tile, scaleShift, PagedImg::OWN_OR_BYPASSED_PAGE);
   }
   return result;
 }

@@ -150,19 +150,17 @@ void PagedImg::clearPageListAndMemoryImg() {
 void PagedImg::copyPages(const std::vector<VXint64>& ids, SubImg* dest, const ScaleShiftData& scaleShift,
                          BYPASS_TYPES type) const {
   const TraceFrame trace("source/vxPagedImg:PagedImg::copyPages()");
-  for (const VXint64 id : ids) _copyPage(id, dest, scaleShift, type);
-}
-
-void PagedImg::_copyPage(VXint64 id, SubImg* dest, const ScaleShiftData& scaleShift, BYPASS_TYPES type) const {
-  const SubImg source = _wrapPage(id, type);
-  if (!source.getData()) {
-    report(VX_FATAL, "PagedImg::copyPages", VX_BAD_PARAMETER,
-           "Fatal error in PagedImg::copyPages(): A page to be copied is invalid, maybe a wrong page id has been "
-           "passed or we ran out of memory. Trying to continuing without copying that page.");
-    return;
+  for (const VXint64 id : ids) {
+    const SubImg source = _wrapPage(id, type);
+    if (!source.getData()) {
+      report(VX_FATAL, "PagedImg::copyPages", VX_BAD_PARAMETER,
+             "Fatal error in PagedImg::copyPages(): A page to be copied is invalid, maybe a wrong page id has been "
+             "passed or we ran out of memory. Trying to continuing without copying that page.");
+      continue;
+    }
+    checkFatal(dest != nullptr);
+    dest->copySubImage(source, scaleShift);
   }
-  checkFatal(dest != nullptr);
-  dest->copySubImage(source, scaleShift);
 }
 
 SubImg PagedImg::_wrapPage(VXint64 id, BYPASS_TYPES type) const {

@@ -28,7 +28,7 @@ struct InputPageData {
   bool _useInplace = false;             // the region is delivered in the memory of the output page
   VXDataType _dataType = -1;            // wanted by the module
   std::vector<VXint64> _pageIDs;        // pages of the input, locked for this page
-  bool _copyInThread = false;           // the copy into the input block is left to the worker
+  bool _copyInThread = false;           // the copy into the input block is left to whoever calculates the page
   MemoryImg* _readMemoryImg = nullptr;  // kept as it is until the page is calculated
 
   /// Begins a page.
@@ -63,7 +63,6 @@ class ThreadDataClass {
   VXint64 _outIndex = -1;        // -1 where pages are walked through without output
   SubImg* _outSubImg = nullptr;  // describes the output page
   CachedBuffer* _outPage = nullptr;
-  VXint64 _pageID = 0;  // in the image of the output
   Host* _host = nullptr;
   VXint64 _numInputs = 0;
   std::vector<InputPageData> _inputData;  // one for each input

@@ -209,6 +209,7 @@ int endWithout(long n) {
   return hasFailed ? allWasRight : noAllocationFailed;
 }
 
+// However many there are: the end would best do without any.
 TEST_P(StartFaults, OfTheEndDontKeepItFromItsEnd) { sweep(&endWithout); }
 
 INSTANTIATE_TEST_SUITE_P(Exceptions, StartFaults, testing::Bool(),

@@ -26,11 +26,9 @@ struct ModelRun {
   int failingChunk = -1;              ///< The chunk with a failure, -1 for none.
   int failingPage = 0;                ///< Its page.
   PageFailure failure = PageFailure::none;
-  bool copiesIntoTile = false;  ///< Whether workers copy their pages into a tile when all are calculated.
 
   friend std::ostream& operator<<(std::ostream& stream, const ModelRun& run) {
-    stream << (run.serializeInputCopies ? "serialised" : "parallel") << (run.copiesIntoTile ? ", tile" : "")
-           << ", pages";
+    stream << (run.serializeInputCopies ? "serialised" : "parallel") << ", pages";
     for (std::size_t i = 0; i < run.numPages.size(); ++i) {
       stream << ' ' << run.numPages[i] << (run.isThreadMissing[i] ? " without a thread" : "");
     }
@@ -52,7 +50,7 @@ class ChunkMachineModel {
   explicit ChunkMachineModel(const ModelRun& run) : _run(run), _numChunks(static_cast<int>(run.numPages.size())) {}
 
   ModelResult tryAllOrders() {
-    State first(Counters(_numChunks, _run.serializeInputCopies, _run.copiesIntoTile));
+    State first(Counters(_numChunks, _run.serializeInputCopies));
     for (int i = 0; i < _numChunks; ++i) first.actors[i].place = Place::unstarted;
     first.requester().place = Place::start;
     _visit(first);
@@ -85,10 +83,6 @@ class ChunkMachineModel {
     leaveAfter,
     calcBegin,
     calcEnd,
-    arriveTile,
-    waitTile,
-    leaveTile,
-    tileEnd,
     end,
     done,  // of all who calculate
     start,
@@ -106,7 +100,6 @@ class ChunkMachineModel {
     bool isAsleep = false;
     bool isCopying = false;
     bool isCalculating = false;
-    bool isInTile = false;
     VXuint32 numOpenings = 0;  // of the barrier, before the arrival
   };
 
@@ -128,7 +121,7 @@ class ChunkMachineModel {
         word = word * 4 + static_cast<VXuint32>(a.page);
         word = word * 8 + static_cast<VXuint32>(a.chunk + 1);
         word = word * 16 + a.numOpenings % 16;
-        for (const bool flag : {a.hasFailed, a.isAsleep, a.isCopying, a.isCalculating, a.isInTile})
+        for (const bool flag : {a.hasFailed, a.isAsleep, a.isCopying, a.isCalculating})
           word = word * 2 + (flag ? 1 : 0);
         key[key.size() - 1 - i] = word;
       }
@@ -252,7 +245,6 @@ class ChunkMachineModel {
       case Place::copyEnd:
         actor.isCopying = false;
         actor.hasFailed = failure == PageFailure::codeAtCopy || failure == PageFailure::leavesAtCopy;
-        _countFailure(state, failure, PageFailure::codeAtCopy, PageFailure::leavesAtCopy);
         actor.place = failure == PageFailure::leavesAtCopy ? Place::end
                       : _run.serializeInputCopies          ? Place::arriveAfter
                                                            : Place::calcBegin;
@@ -274,27 +266,10 @@ class ChunkMachineModel {
       case Place::calcEnd: {
         actor.isCalculating = false;
         actor.hasFailed = actor.hasFailed || failure != PageFailure::none;
-        _countFailure(state, failure, PageFailure::codeAtCalculation, PageFailure::leavesAtCalculation);
         const bool isLast = ++actor.page >= _run.numPages[static_cast<std::size_t>(chunk)];
-        const bool goesToTile = _run.copiesIntoTile && !actor.hasFailed && !isRequester;
-        actor.place = actor.hasFailed || isLast ? (goesToTile ? Place::arriveTile : Place::end) : _firstPlaceOfPage();
+        actor.place = actor.hasFailed || isLast ? Place::end : _firstPlaceOfPage();
         break;
       }
-      case Place::arriveTile:
-        _arrive(state, actor, state.counters.afterCalculation(), Place::waitTile);
-        actor.numOpenings = 0;
-        break;
-      case Place::waitTile:
-        _wait(actor, state.counters.afterCalculation(), Place::leaveTile);
-        break;
-      case Place::leaveTile:
-        actor.isInTile = !state.counters.hasFailed();
-        if (actor.isInTile) _checkAllCalculated(state);
-        actor.place = Place::tileEnd;
-        break;
-      case Place::tileEnd:
-        actor.place = Place::end;
-        break;
       case Place::end:
         if (isRequester) {
           actor.place = Place::nextChunk;
@@ -338,29 +313,6 @@ class ChunkMachineModel {
     if (isAnyCopying && isAnyCalculating) _violate("somebody copies while another one calculates");
   }
 
-  static void _countFailure(State& state, PageFailure failure, PageFailure code, PageFailure leaves) {
-    if (failure == code) state.counters.countError();
-    if (failure == leaves) state.counters.chunkFails();
-  }
-
-  // Pages go into the tile when none is left to be calculated and none has failed.
-  void _checkAllCalculated(const State& state) {
-    bool hasRequesterChunks = false;
-    for (int i = 0; i < _numChunks; ++i) {
-      const Actor& actor = state.actors[i];
-      if (actor.hasFailed) _violate("a page goes into the tile although one has failed");
-      if (_run.isThreadMissing[static_cast<std::size_t>(i)]) {
-        hasRequesterChunks = true;
-      } else if (actor.place != Place::done && actor.place < Place::arriveTile) {
-        _violate("a page goes into the tile while others are calculated");
-      }
-    }
-    const Place requester = state.actors[_maxActors - 1].place;
-    if (hasRequesterChunks && requester != Place::done && requester < Place::waitForEnd) {
-      _violate("a page goes into the tile before the requesting thread has calculated its own");
-    }
-  }
-
   void _checkEnd(State& state) {
     for (int i = 0; i < _numChunks; ++i) {
       const Actor& actor = state.actors[i];
@@ -368,9 +320,6 @@ class ChunkMachineModel {
       if (actor.place != (isMissing ? Place::unstarted : Place::done)) _violate("a worker runs after the end");
       if (!isMissing && i != _run.failingChunk && actor.page != _run.numPages[static_cast<std::size_t>(i)]) {
         _violate("a page was left out");
-      }
-      if (!isMissing && _run.copiesIntoTile && actor.isInTile != (_run.failingChunk < 0)) {
-        _violate("the tile is not what it should be");
       }
     }
     if (state.counters.numActiveThreads() != 0) _violate("a worker counts as active after the end");

@@ -420,8 +420,14 @@ TEST_F(CacheTest, FreeBlocksFillWhatBuffersLeaveOfTheLimit) {
   a.clear();
   EXPECT_EQ(cache.getFigures().warm, 17 * MB);
   cache.setMaxCacheSizeKB(0);
-  a.init(cache, 0, KB, nullptr);
+  cache.flushCache();
   EXPECT_EQ(cache.getFigures().warm, 5 * MB);
+  cache.setMaxCacheSizeKB(10 * 1024);
+  initAll(0, 6 * MB);
+  dropAll();
+  a.init(cache, 0, 6 * MB, VXAlloc(6 * MB, VX_RETURN_NULL));
+  cache.flushCache();
+  EXPECT_EQ(cache.getFigures().warm, 12 * MB);
   a.clear();
   cache.setMaxCacheSizeKB(1024 * 1024);
   for (int i = 0; i < 2; ++i) {

@@ -249,6 +249,29 @@ TEST_F(CachedBufferTest, InitMovesFromOneCacheToAnother) {
   expectInvariants(other, {});
 }
 
+// Blocks of this size are parts of what one cache has from the system.
+TEST_F(CachedBufferTest, APageMovesFromOneCacheToAnotherWithItsContents) {
+  for (const VXuint64 size : {64 * KB, 128 * KB}) {
+    for (const bool endsFirst : {false, true}) {
+      auto former = std::make_unique<Cache>();
+      CachedBuffer page;
+      page.init(*former, 4, 64 * KB, nullptr);
+      std::memset(page.getData(), 7, 64 * KB);
+      page.init(cache, 8, size, nullptr);
+      EXPECT_EQ(former->getFigures().held, 0U);
+      EXPECT_EQ(former->getFigures().warm, 64 * KB);
+      if (endsFirst) former.reset();
+      const auto* const bytes = static_cast<const unsigned char*>(page.getData());
+      if (size == 64 * KB) {
+        EXPECT_EQ(std::vector<unsigned char>(bytes, bytes + size), std::vector<unsigned char>(size, 7));
+      }
+      check({&page});
+      page.clear();
+      EXPECT_EQ(cache.getFigures().held, 0U);
+    }
+  }
+}
+
 TEST_F(CachedBufferTest, ANullCacheIsRefused) {
   buffer.init(cache, 4, KB, nullptr);
   EXPECT_EQ(thrownCode([&] { initWithoutCache(buffer); }), 42);

@@ -5,9 +5,6 @@
 namespace vx::test {
 namespace {
 
-constexpr PageFailure allFailures[] = {PageFailure::codeAtCopy, PageFailure::leavesAtCopy,
-                                       PageFailure::codeAtCalculation, PageFailure::leavesAtCalculation};
-
 // All numbers of pages of up to three chunks.
 std::vector<std::vector<int>> allChunks() {
   std::vector<std::vector<int>> all;
@@ -60,7 +57,8 @@ TEST(ChunkMachineModelTest, EveryOrderEndsWithOneFailureAnywhere) {
     for (const std::vector<int>& numPages : allChunks()) {
       for (int chunk = 0; chunk < static_cast<int>(numPages.size()); ++chunk) {
         for (int page = 0; page < numPages[static_cast<std::size_t>(chunk)]; ++page) {
-          for (const PageFailure failure : allFailures) {
+          for (const PageFailure failure : {PageFailure::codeAtCopy, PageFailure::leavesAtCopy,
+                                            PageFailure::codeAtCalculation, PageFailure::leavesAtCalculation}) {
             expectAllOrdersToEnd({numPages, std::vector<bool>(numPages.size()), serialize, chunk, page, failure});
           }
         }
@@ -74,31 +72,11 @@ TEST(ChunkMachineModelTest, EveryOrderOfTwoChunksEndsWithAFailureBesideAThreadTh
     for (const std::vector<bool>& isMissing : allMissingThreads(2)) {
       for (int chunk = 0; chunk < 2; ++chunk) {
         for (int page = 0; page < 2; ++page) {
-          for (const PageFailure failure : allFailures) {
+          for (const PageFailure failure : {PageFailure::codeAtCopy, PageFailure::leavesAtCopy,
+                                            PageFailure::codeAtCalculation, PageFailure::leavesAtCalculation}) {
             expectAllOrdersToEnd({{2, 2}, isMissing, serialize, chunk, page, failure});
           }
         }
-      }
-    }
-  }
-}
-
-TEST(ChunkMachineModelTest, PagesGoIntoTheTileWhenAllAreCalculatedAndNoneHasFailed) {
-  for (const std::vector<int>& numPages : allChunks()) {
-    for (const std::vector<bool>& isMissing : allMissingThreads(numPages.size())) {
-      expectAllOrdersToEnd({numPages, isMissing, false, -1, 0, PageFailure::none, true});
-    }
-    for (int chunk = 0; chunk < static_cast<int>(numPages.size()); ++chunk) {
-      for (const PageFailure failure : allFailures) {
-        const int lastPage = numPages[static_cast<std::size_t>(chunk)] - 1;
-        expectAllOrdersToEnd({numPages, std::vector<bool>(numPages.size()), false, chunk, lastPage, failure, true});
-      }
-    }
-  }
-  for (const std::vector<bool>& isMissing : allMissingThreads(2)) {
-    for (int chunk = 0; chunk < 2; ++chunk) {
-      for (const PageFailure failure : allFailures) {
-        expectAllOrdersToEnd({{2, 2}, isMissing, false, chunk, 1, failure, true});
       }
     }
   }
@@ -159,28 +137,6 @@ struct HastyCounters : ChunkCounters {
 
 TEST(ChunkMachineModelTest, FindsTheUseOfARunThatIsGone) {
   EXPECT_NE(tryAllOrders<HastyCounters>({{1}, {false}, false}).violation, "");
-}
-
-// Workers don't wait for the chunks that are left to the requesting thread.
-struct UnawareCounters : ChunkCounters {
-  UnawareCounters(VXint32 numChunks, bool serializeInputCopies, bool /*copiesIntoTile*/) noexcept
-      : ChunkCounters(numChunks, serializeInputCopies, false) {}
-};
-
-TEST(ChunkMachineModelTest, FindsATileThatIsBegunTooEarly) {
-  const ModelRun run{{1, 1}, {false, true}, false, -1, 0, PageFailure::none, true};
-  EXPECT_NE(tryAllOrders<UnawareCounters>(run).violation, "");
-}
-
-// A failure isn't told.
-struct CarefreeCounters : ChunkCounters {
-  using ChunkCounters::ChunkCounters;
-  bool hasFailed() const noexcept { return false; }
-};
-
-TEST(ChunkMachineModelTest, FindsATileThatIsBegunAfterAFailure) {
-  const ModelRun run{{1, 1}, {false, false}, false, 0, 0, PageFailure::codeAtCalculation, true};
-  EXPECT_NE(tryAllOrders<CarefreeCounters>(run).violation, "");
 }
 
 // Nobody waits at the second point.

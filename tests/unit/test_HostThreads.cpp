@@ -536,7 +536,7 @@ TEST_F(HostThreadsTest, AnExceptionOfTheProgressCallbackWaitsForTheWorkers) {
     ++numEnded;
   };
   host.setProgressCB(nullptr, [](void*, const char*, const char*) { throw 99; });
-  tile(*row, rowBox(4));
+  EXPECT_EQ(tile(*row, rowBox(4)), std::vector<VXint64>(4, -1));
   EXPECT_EQ(code, 99);
   EXPECT_EQ(numEnded, 4);
   messages.take();

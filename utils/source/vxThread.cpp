@@ -11,10 +11,8 @@
 #include <mutex>
 #include <new>
 #include <pthread.h>
-#include <sched.h>
 #include <thread>
 #include <unistd.h>
-#include <utility>
 
 namespace vx {
 
@@ -27,8 +25,6 @@ struct Thread {
   void* argument;
   bool isKept;  // whether it may wait for more
   pthread_t id{};
-  bool isDirected = false;  // whether it is to begin on one processor
-  cpu_set_t processors{};   // where it may run otherwise
   std::atomic<bool> hasReturned{false};
   Thread* next = nullptr;
   Thread* nextIdle = nullptr;
@@ -42,7 +38,6 @@ constinit std::mutex threadsMutex;  // guards the lists, and the work of idle th
 constinit Thread* firstThread = nullptr;
 constinit Thread* firstIdle = nullptr;
 constinit int numIdle = 0;
-constinit int numBusy = 0;                     // threads that have work, or are about to begin it
 constinit std::atomic<pid_t> threadsOwner{0};  // the process that the list is of: a fork copies it without the threads
 
 bool ownsThreads() { return threadsOwner.load() == getpid(); }
@@ -52,7 +47,6 @@ void own() {
   firstThread = nullptr;
   firstIdle = nullptr;
   numIdle = 0;
-  numBusy = 0;
   threadsOwner.store(getpid());
 }
 
@@ -66,33 +60,15 @@ void removeIdle(const Thread* thread) {
   }
 }
 
-// Has a thread that is about to be woken begin on the processor of the caller.
-//
-// The system wakes threads on processors that are free. The one more that makes as many as there are processors finds
-// none, since the caller still runs, and is put behind another thread, where it stays after the caller went to sleep.
-void direct(Thread& thread) {
-  const int here = sched_getcpu();
-  if (here < 0 || pthread_getaffinity_np(thread.id, sizeof thread.processors, &thread.processors) != 0) return;
-  if (!CPU_ISSET(here, &thread.processors) || numBusy != CPU_COUNT(&thread.processors)) return;
-  cpu_set_t only;
-  CPU_ZERO(&only);
-  CPU_SET(here, &only);
-  thread.isDirected = pthread_setaffinity_np(thread.id, sizeof only, &only) == 0;
-}
-
 // Waits for work. \return whether some came.
 bool waitForWork(Thread& thread) {
   std::unique_lock lock(threadsMutex);
-  --numBusy;
   if (!thread.isKept || numIdle >= maxNumIdle) return false;
   thread.entry = nullptr;
   thread.nextIdle = firstIdle;
   firstIdle = &thread;
   ++numIdle;
   thread.wake.wait_for(lock, idleTime, [&thread] { return thread.entry || !thread.isKept; });
-  if (std::exchange(thread.isDirected, false)) {
-    pthread_setaffinity_np(thread.id, sizeof thread.processors, &thread.processors);
-  }
   if (thread.entry) return true;
   removeIdle(&thread);
   return false;
@@ -106,15 +82,8 @@ bool startIdle(void (*entry)(void*), void* argument) {
   removeIdle(thread);
   thread->entry = entry;
   thread->argument = argument;
-  ++numBusy;
-  direct(*thread);
   thread->wake.notify_one();
   return true;
-}
-
-void leaveWork() {
-  const std::lock_guard lock(threadsMutex);
-  --numBusy;
 }
 
 void endIdle() {
@@ -133,11 +102,9 @@ __attribute__((no_sanitize("null"))) void* runThread(void* data) {
       thread.entry(thread.argument);
     } while (waitForWork(thread));
   } catch (abi::__forced_unwind&) {  // pthread_exit(), which must pass
-    leaveWork();
     thread.hasReturned.store(true);
     throw;
   } catch (...) {
-    leaveWork();
     VXPrintAndNotifyFatal(__FILE__, __LINE__, VX_UNKNOWN_EXCEPTION);
   }
   thread.hasReturned.store(true);
@@ -148,7 +115,6 @@ void enlist(Thread* thread) {
   const std::lock_guard lock(threadsMutex);
   thread->next = firstThread;
   firstThread = thread;
-  ++numBusy;
 }
 
 // Takes a thread that has come to its end out of the list; null if there is none.
