@@ -117,8 +117,9 @@ TEST_F(NeighbourhoodTest, BoxSizesBordersAndOutputTypes) {
     const Image image = randomImage(smallExtent, type, 23);
     ImageSource source(image, settings[1].pageExt);
     connect(*op, 0, source);
-    for (const Vector& size : {Vector(1), Vector(5, 1, 1, 1, 1, 1), Vector(1, 7, 3, 1, 1, 1), Vector(9, 5, 1, 1, 1, 1),
-                               Vector(1, 1, 5, 3, 1, 3), Vector(3, 1, 1, 1, 3, 1), Vector(15, 9, 11, 1, 1, 1)}) {
+    for (const Vector& size :
+         {Vector(1), Vector(5, 1, 1, 1, 1, 1), Vector(1, 7, 3, 1, 1, 1), Vector(9, 5, 1, 1, 1, 1),
+          Vector(1, 1, 5, 3, 1, 3), Vector(3, 1, 1, 1, 3, 1), Vector(15, 9, 1, 1, 1, 1), Vector(3, 3, 11, 1, 1, 1)}) {
       set(*op, "size", text(size));
       for (const Border border : {clamp, fill}) {
         set(*op, "border", border == clamp ? "clamp" : "fill");
