@@ -457,7 +457,7 @@ void registerAll() {
   }
   for (const auto& [inputs, text] : {std::pair(Inputs::Copied, "inputs copied"), std::pair(Inputs::InPlace, "in place"),
                                      std::pair(Inputs::ReadOnly, "inputs only read")}) {
-    for (const VXuint64 cacheKB : {0, 8192}) {
+    for (const VXuint64 cacheKB : {VXuint64{0}, VXuint64{8192}}) {
       const std::string name = (cacheKB == 0 ? "Chain/default cache, " : "Chain/8 MB cache, ") + std::string(text);
       registerOnce(name, chain, inputs, cacheKB, 1, cacheKB == 0 ? 6.5 : 4.0);
       registerOnce(name + twoThreads, chain, inputs, cacheKB, 2, cacheKB == 0 ? 1.25 : 1.5);
