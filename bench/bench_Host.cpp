@@ -184,6 +184,14 @@ void besideOneThread(benchmark::State& state, const std::string& name, const std
   conclude(state, name, best[1], best[0] / best[1], floor, true);
 }
 
+// The limit of an image that isn't changed.
+Work plainCopy() {
+  return [&v = volume()] {
+    std::memcpy(v.copy.data(), v.voxels.data(), numImageVoxels * sizeof v.voxels[0]);
+    benchmark::ClobberMemory();
+  };
+}
+
 void wholeImage(benchmark::State& state, const std::string& name, Road road, bool isMapped, int numThreads,
                 double floor) {
   Volume& v = volume();
@@ -199,14 +207,11 @@ void wholeImage(benchmark::State& state, const std::string& name, Road road, boo
       network.getTile(boxOf(imageExt), VXuint16Type, v.tile.data());
     }
   };
-  const Work limit = [&] {
-    if (isMapped) {
-      convertAndMap(v.voxels.data(), v.copy.data(), numImageVoxels, mapping.scale, mapping.shift);
-    } else {
-      std::memcpy(v.copy.data(), v.voxels.data(), numImageVoxels * sizeof v.voxels[0]);
-    }
+  const Work mappingLoop = [&] {
+    convertAndMap(v.voxels.data(), v.copy.data(), numImageVoxels, mapping.scale, mapping.shift);
     benchmark::ClobberMemory();
   };
+  const Work limit = isMapped ? mappingLoop : plainCopy();
   for (auto _ : state) {
     if (numThreads == 1) {
       besideLimit(
@@ -238,9 +243,10 @@ void chain(benchmark::State& state, const std::string& name, Inputs inputs, VXui
   }
   const auto request = [&](Network& network) { network.getTile(boxOf(imageExt), VXfloatType, v.tile.data()); };
   for (auto _ : state) {
-    if (numThreads == 1)
+    if (numThreads == 1) {
       besideLimit(
           state, name, [&] { request(one); }, fusedLoop(), numImageVoxels * 4, floor);
+    }
     if (numThreads == 2) besideOneThread(state, name, request, one, two, floor);
   }
 }
@@ -251,12 +257,8 @@ void imageByHand(benchmark::State& state, const std::string& name, int numCopies
   Volume& v = volume();
   PageRing ring(std::size_t(50000) * 1024);
   auto* const tile = reinterpret_cast<std::uint16_t*>(v.tile.data());
-  const Work limit = [&] {
-    std::memcpy(v.copy.data(), v.voxels.data(), numImageVoxels * sizeof v.voxels[0]);
-    benchmark::ClobberMemory();
-  };
   const Work pages = [&] { copyByPages(v.voxels.data(), tile, numCopies, ring); };
-  for (auto _ : state) besideLimit(state, name, pages, limit, numImageVoxels * 2, 0);
+  for (auto _ : state) besideLimit(state, name, pages, plainCopy(), numImageVoxels * 2, 0);
 }
 
 void chainByHand(benchmark::State& state, const std::string& name, VXuint64 cacheKB) {

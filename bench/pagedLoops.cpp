@@ -2,7 +2,6 @@
 
 #include "hostLoops.h"
 
-#include <algorithm>
 #include <cstring>
 #include <new>
 

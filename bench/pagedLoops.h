@@ -33,7 +33,7 @@ class PageRing {
   std::size_t _next = 0;
 };
 
-/// Pages of 128 x 128 voxels of an image of 512 x 512 x 256.
+/// \name Pages of 128 x 128 voxels of an image of 512 x 512 x 256
 ///@{
 /// Takes each page out of an image, copies it on as often as told, and writes it to another image.
 void copyByPages(const std::uint16_t* in, std::uint16_t* out, int numCopies, PageRing& ring);

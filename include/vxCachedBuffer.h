@@ -34,9 +34,8 @@ class VX_EXPORT CachedBuffer {
   ///
   /// A buffer that was initialised leaves its place first, also in another cache. Without `data` it keeps its block if
   /// the size is the same, contents included, otherwise the block is freed and a new one is allocated, with undefined
-  /// contents. In another cache it may be
-  /// another block with the same contents. Given `data`, the former block is neither used nor freed any more, which is
-  /// reported as an error with
+  /// contents. In another cache it may be another block with the same contents. Given `data`, the former block is
+  /// neither used nor freed any more, which is reported as an error with
   /// ::VX_MISUSED_INTERFACE.
   /// \param cache the cache, which may end before the buffer.
   /// \param priority 0, the first to go, to 9; above counts as 9.

@@ -302,6 +302,33 @@ TEST_F(HostThreadsTest, SerialisedCopiesAreApartFromCalculations) {
   EXPECT_EQ(numBegun, 8);
 }
 
+// Workers must not meet in a conversion of a registered type, and the run asks for rounds by the types of blocks alone.
+TEST_F(HostThreadsTest, InPlaceCopiesFromARegisteredTypePrecedeTheRun) {
+  ASSERT_TRUE(registerTestTypes());
+  makeRow(4, complexType());
+  row->anyType();
+  TestModule behind(1, 1);
+  behind.threaded().connect(0, *row);
+  behind.anyType();
+  behind.onCalcOutImageProps = [](PagedImg& img, int) { img.setDataType(VXdoubleType); };
+  behind.setOutImgInplace(0, 0);
+  std::atomic<int> numPages{0};
+  behind.onCalcOutSubImage = [&](SubImg& out, int, SubImg* in, ThreadInfo&) {
+    EXPECT_EQ(in[0].getData(), out.getData());
+    for (VXint64 id = 0; id < 4; ++id) {
+      const double expected = static_cast<double>(id) + 1;
+      EXPECT_EQ(*static_cast<double*>(behind.img().getPageData(id, PagedImg::OWN_PAGE)), expected);
+    }
+    ++numPages;
+  };
+  for (const VXuint32 numThreads : {1U, 2U}) {
+    host.setMaxNumThreads(numThreads);
+    behind.img().clearPageList();
+    EXPECT_EQ(tile(behind, rowBox(4)), numbers(4));
+  }
+  EXPECT_EQ(numPages, 8);
+}
+
 // The tile -----------------------------------------------------------------------------------------------------------
 
 // No page of a group is in the tile before the last one of any chunk is calculated; whoever copies them.
