@@ -9,6 +9,7 @@
 #include <chrono>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sched.h>
 #include <set>
 #include <sys/wait.h>
 #include <thread>
@@ -69,6 +70,97 @@ TEST(StartThread, AThreadThatIsDoneMayBeStartedAgain) {
     isSame = pthread_equal(first, threadOf(0)) != 0;
   }
   EXPECT_TRUE(isSame);
+}
+
+// Work that moves to a processor, says so, and stays until it is released.
+struct PinnedWork {
+  explicit PinnedWork(const cpu_set_t& set) : processors(set) {}
+  ~PinnedWork() { release(); }
+  PinnedWork(const PinnedWork&) = delete;
+  PinnedWork& operator=(const PinnedWork&) = delete;
+
+  // \return whether a thread began with it; it has moved then.
+  bool start() {
+    const auto run = [](void* data) {
+      auto& work = *static_cast<PinnedWork*>(data);
+      work.id = pthread_self();
+      pthread_setaffinity_np(pthread_self(), sizeof work.processors, &work.processors);
+      work.begun.pass();
+      work.released.waitFor(1);
+      work.ended.pass();
+    };
+    if (!StartThread(run, 0, this).valid) return false;
+    begun.waitFor(1);
+    return true;
+  }
+  void release() {
+    if (begun.numPassed == 0 || released.numPassed != 0) return;
+    released.pass();
+    ended.waitFor(1);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));  // until it waits for work
+  }
+
+  cpu_set_t processors;
+  std::atomic<pthread_t> id{};
+  Gate begun, released, ended;
+};
+
+cpu_set_t oneProcessor(int processor) {
+  cpu_set_t set;
+  CPU_ZERO(&set);
+  CPU_SET(processor, &set);
+  return set;
+}
+
+// A thread for itself, so that where it runs is of no consequence for other tests.
+template <class Function>
+void runPinned(int processor, Function function) {
+  std::thread([&] {
+    const cpu_set_t set = oneProcessor(processor);
+    ASSERT_EQ(pthread_setaffinity_np(pthread_self(), sizeof set, &set), 0);
+    function();
+  }).join();
+}
+
+// Of two threads, one ends on the processor of the caller and one on another; then two are started.
+// \param isOtherLast which of the two ends last.
+// \return whether the one of the other processor is started first, and the other one then.
+bool isOtherProcessorFirst(int here, int there, bool isOtherLast) {
+  bool isRight = false;
+  waitForThreads(10000);
+  runPinned(here, [&] {
+    PinnedWork onHere(oneProcessor(here));
+    PinnedWork onThere(oneProcessor(there));
+    ASSERT_TRUE(onHere.start());
+    ASSERT_TRUE(onThere.start());
+    (isOtherLast ? onHere : onThere).release();
+    (isOtherLast ? onThere : onHere).release();
+    PinnedWork first(oneProcessor(here));
+    PinnedWork second(oneProcessor(here));
+    ASSERT_TRUE(first.start());
+    ASSERT_TRUE(second.start());
+    isRight = pthread_equal(first.id, onThere.id) && pthread_equal(second.id, onHere.id);
+  });
+  return isRight;
+}
+
+TEST(StartThread, AThreadThatWaitsOnAnotherProcessorIsStartedFirst) {
+  cpu_set_t all;
+  ASSERT_EQ(sched_getaffinity(0, sizeof all, &all), 0);
+  std::vector<int> processors;
+  for (int i = 0; i < CPU_SETSIZE; ++i) {
+    if (CPU_ISSET(i, &all)) processors.push_back(i);
+  }
+  // With one processor alone the one that ended last is started first.
+  const bool isOne = processors.size() == 1;
+  for (const bool isOtherLast : {false, true}) {
+    // Threads wait for 20 ms, and whether they do so already isn't known, so what comes too early or late is repeated.
+    bool isRight = false;
+    for (int i = 0; i < 1000 && !isRight; ++i) {
+      isRight = isOtherProcessorFirst(processors.front(), processors.back(), isOtherLast || isOne);
+    }
+    EXPECT_TRUE(isRight) << isOtherLast;
+  }
 }
 
 TEST(StartThread, AStackIsMadeForTheThreadThatAsksForIt) {

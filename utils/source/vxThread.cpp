@@ -11,6 +11,7 @@
 #include <mutex>
 #include <new>
 #include <pthread.h>
+#include <sched.h>
 #include <thread>
 #include <unistd.h>
 
@@ -28,6 +29,7 @@ struct Thread {
   std::atomic<bool> hasReturned{false};
   Thread* next = nullptr;
   Thread* nextIdle = nullptr;
+  int processor = -1;  // where it came to the end of its work last
   std::condition_variable wake{};
 };
 
@@ -65,6 +67,7 @@ bool waitForWork(Thread& thread) {
   std::unique_lock lock(threadsMutex);
   if (!thread.isKept || numIdle >= maxNumIdle) return false;
   thread.entry = nullptr;
+  thread.processor = sched_getcpu();
   thread.nextIdle = firstIdle;
   firstIdle = &thread;
   ++numIdle;
@@ -74,10 +77,36 @@ bool waitForWork(Thread& thread) {
   return false;
 }
 
+// \return whether a thread that works now was last on a processor, where it most likely is again. Called with the mutex
+// held.
+bool isLikelyBusy(int processor) {
+  for (const Thread* thread = firstThread; thread; thread = thread->next) {
+    if (thread->entry && thread->processor == processor) return true;
+  }
+  return false;
+}
+
+// The system tends to wake a thread where it was last, and leaves it there behind another one for longer than most runs
+// take. So the choice is a thread that was on a processor of its own; then one that was on the processor of the caller,
+// who most likely waits for the work soon and leaves it. Called with the mutex held.
+// \return null if no thread waits for work.
+Thread* chooseIdle() {
+  const int callersProcessor = sched_getcpu();
+  Thread* second = nullptr;
+  for (Thread* thread = firstIdle; thread; thread = thread->nextIdle) {
+    if (thread->processor == callersProcessor) {
+      if (!second) second = thread;
+    } else if (!isLikelyBusy(thread->processor)) {
+      return thread;
+    }
+  }
+  return second ? second : firstIdle;
+}
+
 // Gives work to a thread that waits for some. \return whether there is one.
 bool startIdle(void (*entry)(void*), void* argument) {
   const std::lock_guard lock(threadsMutex);
-  Thread* const thread = firstIdle;
+  Thread* const thread = chooseIdle();
   if (!thread) return false;
   removeIdle(thread);
   thread->entry = entry;
