@@ -16,6 +16,7 @@
 namespace vx {
 
 class CachedBuffer;
+class CacheRequest;
 class InputBuffers;
 struct CacheState;
 
@@ -46,7 +47,8 @@ struct CacheFigures {
 /// Blocks that are freed may be kept for new ones of the same size, because the system hands out fresh memory slowly:
 /// what buffers leave of the limit, up to #maxWarmBytesInLimit, and #maxWarmBytes more, until clearCache() or the end
 /// of the cache. After a flush the cache thus takes no more than its limit or the locked buffers, whichever is greater,
-/// and #maxWarmBytes.
+/// and #maxWarmBytes. While a request is served, what its buffers held at once counts instead of the limit where that
+/// is more.
 ///
 /// All functions are safe from any thread but for getCacheTable(). flushCache() and clearCache() send their
 /// notification while they still hold the lock: a callback may use the cache, but must not wait for another thread that
@@ -137,6 +139,7 @@ class VX_EXPORT Cache {
 
  private:
   friend class CachedBuffer;
+  friend class CacheRequest;
   friend class InputBuffers;
 
   // What the functions of similar names do, for those who hold the mutex by way of the state. A place that was left is

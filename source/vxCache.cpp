@@ -118,8 +118,7 @@ CachedBufferPosition Cache::_append(VXuint64 priority, CachedBuffer& buffer) VX_
     list.splice(list.end(), _sparePlaces, _sparePlaces.begin());
   }
   buffer._listIndex = static_cast<VXuint32>(priority);
-  _state->held.add(buffer._size);
-  _state->peak = std::max(_state->peak, _state->held.getBytes());
+  _state->hold(buffer._size);
   _updateSize();
   return std::prev(list.end());
 }
@@ -157,6 +156,7 @@ void Cache::flushCache() {
   const TraceFrame trace("source/vxCache:Cache::flushCache()");
   const MutexLock lock(_cacheMutex);
   _dropBuffers();
+  if (_state->numRequests.load(std::memory_order_relaxed) == 0) _state->requestPeak = 0;
   _state->boundWarmBlocks(0);  // also where nothing was dropped: the limit may be a lower one
   VXNotify.notify(cacheWasFlushed, nullptr, nullptr);
 }

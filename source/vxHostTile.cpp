@@ -2,6 +2,7 @@
 // the tile, and let go.
 
 #include "vxBaseOp.h"
+#include "vxCacheState.h"
 #include "vxCachedBuffer.h"
 #include "vxDataTypes.h"
 #include "vxGuards.h"
@@ -215,6 +216,7 @@ int Host::_processPagesHelper(BaseOp& op, VXint64 outIndex, const SubImgBox& box
   SubImg tile(box, dataType, data);
   int result = VX_RESULT_OK;
   try {
+    const CacheRequest request(_cache);
     result = _processGroups(op, outIndex, tile, scaleShift, isProcessAllPages, outImg);
   } catch (...) {
     _cache.flushCache();

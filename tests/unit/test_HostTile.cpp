@@ -245,6 +245,36 @@ TEST_F(HostTileTest, TheCacheIsFlushedAfterEachGroupAndAtTheEnd) {
   VXNotify.removeNotifyCB(handle);
 }
 
+// The pages of one group are dropped when those of the next one are there, and their memory is for the group after
+// that.
+TEST_F(HostTileTest, TheMemoryOfAGroupIsForTheGroupsThatFollow) {
+  constexpr VXint64 pageBytes = 4 << 20;
+  constexpr VXuint64 groupBytes = 4 * pageBytes;
+  struct Flushes {
+    Cache& cache;
+    std::vector<VXuint64> held, warm;
+  } flushes{host.getCache(), {}, {}};
+  const VXCallbackHandle handle = VXNotify.addNotifyCB(
+      [](void* userData, unsigned int notification, void*, void*) {
+        if (notification != 0x80004) return;
+        auto& self = *static_cast<Flushes*>(userData);
+        const CacheFigures figures = self.cache.getFigures();
+        self.held.push_back(figures.held);
+        self.warm.push_back(figures.warm);
+      },
+      &flushes, 0x1fffff);
+  host.setMaxNumThreads(1);
+  host.getCache().setMaxCacheSizeKB(0);
+  SourceModule pages(ext(16, pageBytes), ext(1, pageBytes), VXuint8Type);
+  pages.onCalcOutSubImage = nullptr;
+  tile(pages, boxOf(0, 0, 15, 0));
+  VXNotify.removeNotifyCB(handle);
+  EXPECT_EQ(code, 0);
+  EXPECT_EQ(flushes.held, (std::vector<VXuint64>{groupBytes, groupBytes, groupBytes, groupBytes, 0}));
+  EXPECT_EQ(flushes.warm, (std::vector<VXuint64>{0, groupBytes, groupBytes, groupBytes, Cache::maxWarmBytes}));
+  EXPECT_EQ(host.getCache().getFigures().peak, 2 * groupBytes);
+}
+
 TEST_F(HostTileTest, TheApplicationIsNotAskedToStop) {
   int numChecks = 0;
   host.setBreakCheckCB(&numChecks, [](void* userData, void**) { return ++*static_cast<int*>(userData); });

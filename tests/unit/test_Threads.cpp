@@ -1,4 +1,5 @@
 #include "MessageRecorder.h"
+#include "TestAllocator.h"
 
 #include "vxMutex.h"
 #include "vxSystemInfo.h"
@@ -8,6 +9,7 @@
 #include <atomic>
 #include <chrono>
 #include <gtest/gtest.h>
+#include <memory>
 #include <pthread.h>
 #include <sched.h>
 #include <set>
@@ -112,6 +114,16 @@ cpu_set_t oneProcessor(int processor) {
   return set;
 }
 
+std::vector<int> allowedProcessors() {
+  cpu_set_t all;
+  EXPECT_EQ(sched_getaffinity(0, sizeof all, &all), 0);
+  std::vector<int> processors;
+  for (int i = 0; i < CPU_SETSIZE; ++i) {
+    if (CPU_ISSET(i, &all)) processors.push_back(i);
+  }
+  return processors;
+}
+
 // A thread for itself, so that where it runs is of no consequence for other tests.
 template <class Function>
 void runPinned(int processor, Function function) {
@@ -145,12 +157,7 @@ bool isOtherProcessorFirst(int here, int there, bool isOtherLast) {
 }
 
 TEST(StartThread, AThreadThatWaitsOnAnotherProcessorIsStartedFirst) {
-  cpu_set_t all;
-  ASSERT_EQ(sched_getaffinity(0, sizeof all, &all), 0);
-  std::vector<int> processors;
-  for (int i = 0; i < CPU_SETSIZE; ++i) {
-    if (CPU_ISSET(i, &all)) processors.push_back(i);
-  }
+  const std::vector<int> processors = allowedProcessors();
   // With one processor alone the one that ended last is started first.
   const bool isOne = processors.size() == 1;
   for (const bool isOtherLast : {false, true}) {
@@ -161,6 +168,84 @@ TEST(StartThread, AThreadThatWaitsOnAnotherProcessorIsStartedFirst) {
     }
     EXPECT_TRUE(isRight) << isOtherLast;
   }
+}
+
+// Two threads that end on a processor that isn't the caller's, if there is another, and wait for work.
+class TwoWaiting {
+ public:
+  explicit TwoWaiting(const std::vector<int>& processors) : _processors(processors) {}
+
+  // Calls a function that may start them.
+  template <class Function>
+  void run(Function function) {
+    waitForThreads(10000);
+    runPinned(_processors.front(), [&] {
+      PinnedWork first(oneProcessor(_processors.back()));
+      PinnedWork second(oneProcessor(_processors.back()));
+      ASSERT_TRUE(first.start());
+      ASSERT_TRUE(second.start());
+      older = first.id;
+      newer = second.id;
+      first.release();
+      second.release();
+      cpu_set_t all;
+      CPU_ZERO(&all);
+      for (const int processor : _processors) CPU_SET(processor, &all);
+      ASSERT_EQ(pthread_setaffinity_np(pthread_self(), sizeof all, &all), 0);
+      function();
+    });
+  }
+
+  pthread_t older{}, newer{};  // in the order in which they ended
+
+ private:
+  const std::vector<int>& _processors;
+};
+
+// One more is started than there are processors.
+// \return whether the first one is one of the two, and the last one the other.
+bool isOneLeftUntilAllProcessorsAreBusy(const std::vector<int>& processors) {
+  bool isRight = false;
+  TwoWaiting waiting(processors);
+  waiting.run([&] {
+    std::vector<std::unique_ptr<PinnedWork>> works;
+    for (std::size_t i = 0; i <= processors.size(); ++i) {
+      works.push_back(std::make_unique<PinnedWork>(oneProcessor(processors.back())));
+      ASSERT_TRUE(works.back()->start());
+    }
+    isRight = pthread_equal(works.front()->id, waiting.newer) && pthread_equal(works.back()->id, waiting.older);
+  });
+  return isRight;
+}
+
+TEST(StartThread, ThreadsDoNotWaitForEachOtherWhereAProcessorIsFree) {
+  const std::vector<int> processors = allowedProcessors();
+  bool isRight = false;
+  for (int i = 0; i < 1000 && !isRight; ++i) isRight = isOneLeftUntilAllProcessorsAreBusy(processors);
+  EXPECT_TRUE(isRight);
+}
+
+// As above, but there is no memory for another thread. \return whether both of the two are started.
+bool areBothStartedWithoutMemory(const std::vector<int>& processors) {
+  bool isRight = false;
+  TwoWaiting waiting(processors);
+  waiting.run([&] {
+    PinnedWork first(oneProcessor(processors.back()));
+    PinnedWork second(oneProcessor(processors.back()));
+    const FailingAllocations failing;
+    ASSERT_TRUE(first.start());
+    const auto isHere = [&] { return sched_getcpu() == processors.front(); };
+    isRight = isHere() && second.start() && isHere() && pthread_equal(first.id, waiting.newer) &&
+              pthread_equal(second.id, waiting.older);
+  });
+  return isRight;
+}
+
+TEST(StartThread, AnyThreadThatWaitsIsStartedWhereNoneCanBeMade) {
+  const std::vector<int> processors = allowedProcessors();
+  bool isRight = false;
+  for (int i = 0; i < 1000 && !isRight; ++i) isRight = areBothStartedWithoutMemory(processors);
+  EXPECT_TRUE(isRight);
 }
 
 TEST(StartThread, AStackIsMadeForTheThreadThatAsksForIt) {

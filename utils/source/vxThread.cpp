@@ -77,36 +77,52 @@ bool waitForWork(Thread& thread) {
   return false;
 }
 
-// \return whether a thread that works now was last on a processor, where it most likely is again. Called with the mutex
-// held.
-bool isLikelyBusy(int processor) {
+// \return how many of the threads that work meet a condition. Called with the mutex held.
+template <class Condition>
+unsigned countWorking(Condition condition) {
+  unsigned number = 0;
   for (const Thread* thread = firstThread; thread; thread = thread->next) {
-    if (thread->entry && thread->processor == processor) return true;
+    if (thread->entry && !thread->hasReturned.load() && condition(*thread)) ++number;
   }
-  return false;
+  return number;
 }
 
-// The system tends to wake a thread where it was last, and leaves it there behind another one for longer than most runs
-// take. So the choice is a thread that was on a processor of its own; then one that was on the processor of the caller,
-// who most likely waits for the work soon and leaves it. Called with the mutex held.
-// \return null if no thread waits for work.
+// \return whether one of the threads that work was last on a processor, where it most likely is again.
+bool isLikelyTaken(int processor) {
+  return countWorking([processor](const Thread& thread) { return thread.processor == processor; }) > 0;
+}
+
+// \return how many processors a thread that is made now may run on.
+unsigned countProcessors() {
+  cpu_set_t processors;
+  if (sched_getaffinity(0, sizeof processors, &processors) != 0) return std::thread::hardware_concurrency();
+  return static_cast<unsigned>(CPU_COUNT(&processors));
+}
+
+// Chooses the thread that gets work. The system tends to wake a thread where it was last, and leaves it there behind
+// another one for longer than most runs take. So the choice is a thread that was on a processor of its own, then one
+// that was on the processor of the caller, who most likely waits for the work soon. Where a new thread would find a
+// processor without a worker, none of those that are behind others is taken. Called with the mutex held.
+// \return null if a new thread is to be made.
 Thread* chooseIdle() {
   const int callersProcessor = sched_getcpu();
-  Thread* second = nullptr;
+  Thread* ofCallersProcessor = nullptr;
   for (Thread* thread = firstIdle; thread; thread = thread->nextIdle) {
     if (thread->processor == callersProcessor) {
-      if (!second) second = thread;
-    } else if (!isLikelyBusy(thread->processor)) {
+      if (!ofCallersProcessor) ofCallersProcessor = thread;
+    } else if (!isLikelyTaken(thread->processor)) {
       return thread;
     }
   }
-  return second ? second : firstIdle;
+  if (ofCallersProcessor) return ofCallersProcessor;
+  return countWorking([](const Thread&) { return true; }) < countProcessors() ? nullptr : firstIdle;
 }
 
-// Gives work to a thread that waits for some. \return whether there is one.
-bool startIdle(void (*entry)(void*), void* argument) {
+// Gives work to a thread that waits for some. \param choose which one; null for none.
+// \return whether there is one that gets it.
+bool startIdle(Thread* (*choose)(), void (*entry)(void*), void* argument) {
   const std::lock_guard lock(threadsMutex);
-  Thread* const thread = chooseIdle();
+  Thread* const thread = choose();
   if (!thread) return false;
   removeIdle(thread);
   thread->entry = entry;
@@ -198,21 +214,27 @@ class ThreadAttributes {
 
 std::atomic<std::uintptr_t> lastThread{0};
 
+bool startNew(void (*entry)(void*), unsigned int stackSize, void* argument) {
+  ThreadAttributes attributes;
+  if (!attributes.isValid()) return false;
+  if (stackSize != 0 && !attributes.setStackSize(stackSize)) return false;
+  std::unique_ptr<Thread> thread(new (std::nothrow) Thread{entry, argument, stackSize == 0});
+  if (!thread) return false;
+  if (pthread_create(&thread->id, attributes.get(), &runThread, thread.get()) != 0) return false;
+  enlist(thread.release());
+  return true;
+}
+
 }  // namespace
 
 ThreadHandle StartThread(void (*entry)(void*), unsigned int stackSize, void* argument) {
   if (!entry) return {};
   ownsThreads() ? joinReturned() : own();
-  // What is asked of the stack, a thread has from its beginning.
-  if (stackSize == 0 && startIdle(entry, argument)) return {true, ++lastThread};
-  ThreadAttributes attributes;
-  if (!attributes.isValid()) return {};
-  if (stackSize != 0 && !attributes.setStackSize(stackSize)) return {};
-  std::unique_ptr<Thread> thread(new (std::nothrow) Thread{entry, argument, stackSize == 0});
-  if (!thread) return {};
-  if (pthread_create(&thread->id, attributes.get(), &runThread, thread.get()) != 0) return {};
-  enlist(thread.release());
-  return {true, ++lastThread};
+  const bool mayBeIdle = stackSize == 0;  // what is asked of the stack, a thread has from its beginning
+  const bool isStarted = (mayBeIdle && startIdle(&chooseIdle, entry, argument)) ||
+                         startNew(entry, stackSize, argument) ||
+                         (mayBeIdle && startIdle([] { return firstIdle; }, entry, argument));
+  return isStarted ? ThreadHandle{true, ++lastThread} : ThreadHandle{};
 }
 
 bool waitForThreads(unsigned int milliseconds) {
