@@ -47,8 +47,8 @@ struct CacheFigures {
 /// Blocks that are freed may be kept for new ones of the same size, because the system hands out fresh memory slowly:
 /// what buffers leave of the limit, up to #maxWarmBytesInLimit, and #maxWarmBytes more, until clearCache() or the end
 /// of the cache. After a flush the cache thus takes no more than its limit or the locked buffers, whichever is greater,
-/// and #maxWarmBytes. While a request is served, what its buffers held at once counts instead of the limit where that
-/// is more.
+/// and #maxWarmBytes. While a request is served, what the buffers held at once meanwhile counts instead of the limit
+/// where that is more.
 ///
 /// All functions are safe from any thread but for getCacheTable(). flushCache() and clearCache() send their
 /// notification while they still hold the lock: a callback may use the cache, but must not wait for another thread that

@@ -245,34 +245,83 @@ TEST_F(HostTileTest, TheCacheIsFlushedAfterEachGroupAndAtTheEnd) {
   VXNotify.removeNotifyCB(handle);
 }
 
+// An image in groups of 16 MB, a cache whose limit is 0, and what it holds and keeps free at each flush.
+class HostGroupMemoryTest : public HostFixture {
+ protected:
+  HostGroupMemoryTest() {
+    host.setMaxNumThreads(1);
+    host.getCache().setMaxCacheSizeKB(0);
+    pages.onCalcOutSubImage = nullptr;
+  }
+  ~HostGroupMemoryTest() override { VXNotify.removeNotifyCB(_handle); }
+
+  static constexpr VXint64 pageBytes = 4 << 20;
+  static constexpr VXuint64 groupBytes = 4 * pageBytes;
+
+  SourceModule pages{ext(16, pageBytes), ext(1, pageBytes), VXuint8Type};
+  SubImgBox box = boxOf(0, 0, 15, 0);
+  std::vector<VXuint64> held, warm;
+
+ private:
+  static void _record(void* userData, unsigned int notification, void*, void*) {
+    if (notification != 0x80004) return;
+    auto& self = *static_cast<HostGroupMemoryTest*>(userData);
+    const CacheFigures figures = self.host.getCache().getFigures();
+    self.held.push_back(figures.held);
+    self.warm.push_back(figures.warm);
+  }
+  VXCallbackHandle _handle = VXNotify.addNotifyCB(&_record, this, 0x1fffff);
+};
+
 // The pages of one group are dropped when those of the next one are there, and their memory is for the group after
 // that.
-TEST_F(HostTileTest, TheMemoryOfAGroupIsForTheGroupsThatFollow) {
-  constexpr VXint64 pageBytes = 4 << 20;
-  constexpr VXuint64 groupBytes = 4 * pageBytes;
-  struct Flushes {
-    Cache& cache;
-    std::vector<VXuint64> held, warm;
-  } flushes{host.getCache(), {}, {}};
-  const VXCallbackHandle handle = VXNotify.addNotifyCB(
-      [](void* userData, unsigned int notification, void*, void*) {
-        if (notification != 0x80004) return;
-        auto& self = *static_cast<Flushes*>(userData);
-        const CacheFigures figures = self.cache.getFigures();
-        self.held.push_back(figures.held);
-        self.warm.push_back(figures.warm);
-      },
-      &flushes, 0x1fffff);
-  host.setMaxNumThreads(1);
-  host.getCache().setMaxCacheSizeKB(0);
-  SourceModule pages(ext(16, pageBytes), ext(1, pageBytes), VXuint8Type);
-  pages.onCalcOutSubImage = nullptr;
-  tile(pages, boxOf(0, 0, 15, 0));
-  VXNotify.removeNotifyCB(handle);
+TEST_F(HostGroupMemoryTest, ItIsForTheGroupsThatFollow) {
+  tile(pages, box);
   EXPECT_EQ(code, 0);
-  EXPECT_EQ(flushes.held, (std::vector<VXuint64>{groupBytes, groupBytes, groupBytes, groupBytes, 0}));
-  EXPECT_EQ(flushes.warm, (std::vector<VXuint64>{0, groupBytes, groupBytes, groupBytes, Cache::maxWarmBytes}));
+  EXPECT_EQ(held, (std::vector<VXuint64>{groupBytes, groupBytes, groupBytes, groupBytes, 0}));
+  EXPECT_EQ(warm, (std::vector<VXuint64>{0, groupBytes, groupBytes, groupBytes, Cache::maxWarmBytes}));
   EXPECT_EQ(host.getCache().getFigures().peak, 2 * groupBytes);
+}
+
+TEST_F(HostGroupMemoryTest, ARequestFromInsideLeavesIt) {
+  SourceModule small(ext(1, 1), ext(1, 1), VXuint8Type);
+  pages.onCalcOutSubImage = [&](SubImg& out, int, SubImg*, ThreadInfo&) {
+    if (out.getBox().v1.x != 8) return;  // the first page of the third group
+    held.clear();
+    warm.clear();
+    VXuint8 voxel = 0;
+    void* data = &voxel;
+    EXPECT_EQ(host.getTile(small, 0, boxOf(0, 0, 0, 0), VXuint8Type, &data), 0);
+  };
+  tile(pages, box);
+  EXPECT_EQ(code, 0);
+  // One flush with the page of a voxel, one at the end of that request, then those of the groups.
+  EXPECT_EQ(held, (std::vector<VXuint64>{groupBytes + 1, groupBytes, groupBytes, groupBytes, 0}));
+  EXPECT_EQ(warm, (std::vector<VXuint64>{groupBytes, groupBytes, groupBytes, groupBytes, Cache::maxWarmBytes}));
+}
+
+TEST_F(HostGroupMemoryTest, ItGoesAtTheEndOfARequestThatFails) {
+  pages.onCalcOutSubImage = [](SubImg& out, int, SubImg*, ThreadInfo&) {
+    if (out.getBox().v1.x == 8) throw 7;
+  };
+  tile(pages, box);
+  EXPECT_EQ(code, 7);
+  EXPECT_FALSE(messages.take().empty());
+  // The pages of the group that failed stay, and are locked.
+  EXPECT_EQ(held, (std::vector<VXuint64>{groupBytes, groupBytes, groupBytes, groupBytes}));
+  EXPECT_EQ(warm, (std::vector<VXuint64>{0, groupBytes, groupBytes, Cache::maxWarmBytes}));
+}
+
+TEST_F(HostGroupMemoryTest, ItGoesAtTheEndOfARequestThatThrows) {
+  const ExceptionHandling off(false);
+  pages.onCalcOutSubImage = [](SubImg& out, int, SubImg*, ThreadInfo&) {
+    if (out.getBox().v1.x == 8) throw OtherException();
+  };
+  EXPECT_THROW(tile(pages, box), OtherException);
+  EXPECT_FALSE(messages.take().empty());
+  ASSERT_FALSE(warm.empty());
+  EXPECT_EQ(held.back(), groupBytes);
+  EXPECT_EQ(warm.back(), Cache::maxWarmBytes);
 }
 
 TEST_F(HostTileTest, TheApplicationIsNotAskedToStop) {

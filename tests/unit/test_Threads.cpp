@@ -75,177 +75,178 @@ TEST(StartThread, AThreadThatIsDoneMayBeStartedAgain) {
 }
 
 // Work that moves to a processor, says so, and stays until it is released.
-struct PinnedWork {
-  explicit PinnedWork(const cpu_set_t& set) : processors(set) {}
+class PinnedWork {
+ public:
+  explicit PinnedWork(int processor) { CPU_SET(processor, &_state->processors); }
   ~PinnedWork() { release(); }
   PinnedWork(const PinnedWork&) = delete;
   PinnedWork& operator=(const PinnedWork&) = delete;
 
   // \return whether a thread began with it; it has moved then.
   bool start() {
+    _state->self = _state;
     const auto run = [](void* data) {
-      auto& work = *static_cast<PinnedWork*>(data);
-      work.id = pthread_self();
-      pthread_setaffinity_np(pthread_self(), sizeof work.processors, &work.processors);
-      work.begun.pass();
-      work.released.waitFor(1);
-      work.ended.pass();
+      const std::shared_ptr<State> state = std::move(static_cast<State*>(data)->self);
+      state->id = pthread_self();
+      pthread_setaffinity_np(pthread_self(), sizeof state->processors, &state->processors);
+      state->begun.pass();
+      state->released.waitFor(1);
+      state->ended.pass();
     };
-    if (!StartThread(run, 0, this).valid) return false;
-    begun.waitFor(1);
-    return true;
+    _isStarted = StartThread(run, 0, _state.get()).valid;
+    _isStarted ? _state->begun.waitFor(1) : _state->self.reset();
+    return _isStarted;
   }
   void release() {
-    if (begun.numPassed == 0 || released.numPassed != 0) return;
-    released.pass();
-    ended.waitFor(1);
+    if (!_isStarted) return;
+    _isStarted = false;
+    _state->released.pass();
+    _state->ended.waitFor(1);
     std::this_thread::sleep_for(std::chrono::milliseconds(1));  // until it waits for work
   }
 
-  cpu_set_t processors;
-  std::atomic<pthread_t> id{};
-  Gate begun, released, ended;
+  // The thread that works on it.
+  pthread_t id() const { return _state->id; }
+
+ private:
+  // Outlives the last thread's way out.
+  struct State {
+    cpu_set_t processors{};
+    std::atomic<pthread_t> id{};
+    Gate begun, released, ended;
+    std::shared_ptr<State> self;
+  };
+
+  std::shared_ptr<State> _state = std::make_shared<State>();
+  bool _isStarted = false;
 };
 
-cpu_set_t oneProcessor(int processor) {
-  cpu_set_t set;
-  CPU_ZERO(&set);
-  CPU_SET(processor, &set);
-  return set;
-}
+// The caller's processor and another one, the same one twice if there is no other.
+struct TwoProcessors {
+  int here = -1;
+  int there = -1;
 
-std::vector<int> allowedProcessors() {
-  cpu_set_t all;
-  EXPECT_EQ(sched_getaffinity(0, sizeof all, &all), 0);
-  std::vector<int> processors;
-  for (int i = 0; i < CPU_SETSIZE; ++i) {
-    if (CPU_ISSET(i, &all)) processors.push_back(i);
+  TwoProcessors() {
+    cpu_set_t all;
+    EXPECT_EQ(sched_getaffinity(0, sizeof all, &all), 0);
+    for (int i = 0; i < CPU_SETSIZE; ++i) {
+      if (!CPU_ISSET(i, &all)) continue;
+      if (here < 0) here = i;
+      there = i;
+    }
   }
-  return processors;
-}
 
-// A thread for itself, so that where it runs is of no consequence for other tests.
-template <class Function>
-void runPinned(int processor, Function function) {
-  std::thread([&] {
-    const cpu_set_t set = oneProcessor(processor);
-    ASSERT_EQ(pthread_setaffinity_np(pthread_self(), sizeof set, &set), 0);
-    function();
-  }).join();
-}
+  // \return how many they are.
+  std::size_t number() const { return here == there ? 1 : 2; }
 
-// Of two threads, one ends on the processor of the caller and one on another; then two are started.
-// \param isOtherLast which of the two ends last.
-// \return whether the one of the other processor is started first, and the other one then.
-bool isOtherProcessorFirst(int here, int there, bool isOtherLast) {
-  bool isRight = false;
-  waitForThreads(10000);
-  runPinned(here, [&] {
-    PinnedWork onHere(oneProcessor(here));
-    PinnedWork onThere(oneProcessor(there));
-    ASSERT_TRUE(onHere.start());
-    ASSERT_TRUE(onThere.start());
-    (isOtherLast ? onHere : onThere).release();
-    (isOtherLast ? onThere : onHere).release();
-    PinnedWork first(oneProcessor(here));
-    PinnedWork second(oneProcessor(here));
-    ASSERT_TRUE(first.start());
-    ASSERT_TRUE(second.start());
-    isRight = pthread_equal(first.id, onThere.id) && pthread_equal(second.id, onHere.id);
-  });
-  return isRight;
+  // Calls a function in a thread for itself, so that where it runs is of no consequence for other tests; at first on
+  // the first processor.
+  template <class Function>
+  void run(Function function) const {
+    std::thread([&] {
+      setAffinity({here});
+      setAffinity({here, there});
+      function();
+    }).join();
+  }
+
+ private:
+  static void setAffinity(const std::vector<int>& processors) {
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    for (const int processor : processors) CPU_SET(processor, &set);
+    EXPECT_EQ(pthread_setaffinity_np(pthread_self(), sizeof set, &set), 0);
+  }
+};
+
+// Threads wait for 20 ms, whether they do so already isn't known, and a thread may be moved: a try that comes to
+// another end is repeated.
+template <class Try>
+bool isRightSoon(Try isRight) {
+  for (int i = 0; i < 100; ++i) {
+    waitForThreads(10000);
+    if (isRight()) return true;
+  }
+  return false;
 }
 
 TEST(StartThread, AThreadThatWaitsOnAnotherProcessorIsStartedFirst) {
-  const std::vector<int> processors = allowedProcessors();
-  // With one processor alone the one that ended last is started first.
-  const bool isOne = processors.size() == 1;
+  const TwoProcessors processors;
   for (const bool isOtherLast : {false, true}) {
-    // Threads wait for 20 ms, and whether they do so already isn't known, so what comes too early or late is repeated.
-    bool isRight = false;
-    for (int i = 0; i < 1000 && !isRight; ++i) {
-      isRight = isOtherProcessorFirst(processors.front(), processors.back(), isOtherLast || isOne);
-    }
-    EXPECT_TRUE(isRight) << isOtherLast;
+    EXPECT_TRUE(isRightSoon([&] {
+      bool isRight = false;
+      processors.run([&] {
+        PinnedWork onHere(processors.here);
+        PinnedWork onThere(processors.there);
+        if (!onHere.start() || !onThere.start()) return;
+        (isOtherLast ? onHere : onThere).release();
+        (isOtherLast ? onThere : onHere).release();
+        PinnedWork first(processors.there);
+        PinnedWork second(processors.there);
+        if (!first.start() || !second.start()) return;
+        // With one processor alone, the one that ended last is started first.
+        const bool isOtherFirst = isOtherLast || processors.number() == 2;
+        isRight = pthread_equal(first.id(), (isOtherFirst ? onThere : onHere).id()) &&
+                  pthread_equal(second.id(), (isOtherFirst ? onHere : onThere).id());
+      });
+      return isRight;
+    })) << isOtherLast;
   }
 }
 
-// Two threads that end on a processor that isn't the caller's, if there is another, and wait for work.
-class TwoWaiting {
- public:
-  explicit TwoWaiting(const std::vector<int>& processors) : _processors(processors) {}
+// Two threads end on one processor and wait for work.
+struct TwoWaiting {
+  pthread_t older{}, newer{};
 
-  // Calls a function that may start them.
-  template <class Function>
-  void run(Function function) {
-    waitForThreads(10000);
-    runPinned(_processors.front(), [&] {
-      PinnedWork first(oneProcessor(_processors.back()));
-      PinnedWork second(oneProcessor(_processors.back()));
-      ASSERT_TRUE(first.start());
-      ASSERT_TRUE(second.start());
-      older = first.id;
-      newer = second.id;
-      first.release();
-      second.release();
-      cpu_set_t all;
-      CPU_ZERO(&all);
-      for (const int processor : _processors) CPU_SET(processor, &all);
-      ASSERT_EQ(pthread_setaffinity_np(pthread_self(), sizeof all, &all), 0);
-      function();
-    });
+  // \return whether they do.
+  bool start(int processor) {
+    PinnedWork first(processor);
+    PinnedWork second(processor);
+    if (!first.start() || !second.start()) return false;
+    older = first.id();
+    newer = second.id();
+    first.release();
+    second.release();
+    return true;
   }
-
-  pthread_t older{}, newer{};  // in the order in which they ended
-
- private:
-  const std::vector<int>& _processors;
 };
 
-// One more is started than there are processors.
-// \return whether the first one is one of the two, and the last one the other.
-bool isOneLeftUntilAllProcessorsAreBusy(const std::vector<int>& processors) {
-  bool isRight = false;
-  TwoWaiting waiting(processors);
-  waiting.run([&] {
-    std::vector<std::unique_ptr<PinnedWork>> works;
-    for (std::size_t i = 0; i <= processors.size(); ++i) {
-      works.push_back(std::make_unique<PinnedWork>(oneProcessor(processors.back())));
-      ASSERT_TRUE(works.back()->start());
-    }
-    isRight = pthread_equal(works.front()->id, waiting.newer) && pthread_equal(works.back()->id, waiting.older);
-  });
-  return isRight;
-}
-
+// More threads are started than there are processors: of the two that wait, one is left until all are busy.
 TEST(StartThread, ThreadsDoNotWaitForEachOtherWhereAProcessorIsFree) {
-  const std::vector<int> processors = allowedProcessors();
-  bool isRight = false;
-  for (int i = 0; i < 1000 && !isRight; ++i) isRight = isOneLeftUntilAllProcessorsAreBusy(processors);
-  EXPECT_TRUE(isRight);
-}
-
-// As above, but there is no memory for another thread. \return whether both of the two are started.
-bool areBothStartedWithoutMemory(const std::vector<int>& processors) {
-  bool isRight = false;
-  TwoWaiting waiting(processors);
-  waiting.run([&] {
-    PinnedWork first(oneProcessor(processors.back()));
-    PinnedWork second(oneProcessor(processors.back()));
-    const FailingAllocations failing;
-    ASSERT_TRUE(first.start());
-    const auto isHere = [&] { return sched_getcpu() == processors.front(); };
-    isRight = isHere() && second.start() && isHere() && pthread_equal(first.id, waiting.newer) &&
-              pthread_equal(second.id, waiting.older);
-  });
-  return isRight;
+  const TwoProcessors processors;
+  for (const int processor : {processors.here, processors.there}) {
+    EXPECT_TRUE(isRightSoon([&] {
+      bool isRight = false;
+      processors.run([&] {
+        TwoWaiting waiting;
+        if (!waiting.start(processor)) return;
+        std::vector<std::unique_ptr<PinnedWork>> works;
+        for (std::size_t i = 0; i <= processors.number(); ++i) {
+          works.push_back(std::make_unique<PinnedWork>(processors.there));
+          if (!works.back()->start()) return;
+        }
+        isRight = pthread_equal(works.front()->id(), waiting.newer) && pthread_equal(works.back()->id(), waiting.older);
+      });
+      return isRight;
+    })) << processor;
+  }
 }
 
 TEST(StartThread, AnyThreadThatWaitsIsStartedWhereNoneCanBeMade) {
-  const std::vector<int> processors = allowedProcessors();
-  bool isRight = false;
-  for (int i = 0; i < 1000 && !isRight; ++i) isRight = areBothStartedWithoutMemory(processors);
-  EXPECT_TRUE(isRight);
+  const TwoProcessors processors;
+  EXPECT_TRUE(isRightSoon([&] {
+    bool isRight = false;
+    processors.run([&] {
+      TwoWaiting waiting;
+      if (!waiting.start(processors.there)) return;
+      PinnedWork first(processors.there);
+      PinnedWork second(processors.there);
+      const FailingAllocations failing;
+      isRight = first.start() && second.start() && pthread_equal(first.id(), waiting.newer) &&
+                pthread_equal(second.id(), waiting.older);
+    });
+    return isRight;
+  }));
 }
 
 TEST(StartThread, AStackIsMadeForTheThreadThatAsksForIt) {

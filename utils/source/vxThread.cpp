@@ -100,19 +100,18 @@ unsigned countProcessors() {
 }
 
 // Chooses the thread that gets work. The system tends to wake a thread where it was last, and leaves it there behind
-// another one for longer than most runs take. So the choice is a thread that was on a processor of its own, then one
-// that was on the processor of the caller, who most likely waits for the work soon. Where a new thread would find a
-// processor without a worker, none of those that are behind others is taken. Called with the mutex held.
-// \return null if a new thread is to be made.
+// another one for longer than most runs take. So the choice is a thread that was on a processor of its own, at last one
+// that was on the processor of the caller, who most likely waits for the work soon. If all of them would be behind
+// others, a new one is made, which the system places anew, unless there are as many that work as processors. Called
+// with the mutex held. \return null if a new thread is to be made.
 Thread* chooseIdle() {
+  if (!firstIdle) return nullptr;
   const int callersProcessor = sched_getcpu();
   Thread* ofCallersProcessor = nullptr;
   for (Thread* thread = firstIdle; thread; thread = thread->nextIdle) {
-    if (thread->processor == callersProcessor) {
-      if (!ofCallersProcessor) ofCallersProcessor = thread;
-    } else if (!isLikelyTaken(thread->processor)) {
-      return thread;
-    }
+    if (isLikelyTaken(thread->processor)) continue;
+    if (thread->processor != callersProcessor) return thread;
+    if (!ofCallersProcessor) ofCallersProcessor = thread;
   }
   if (ofCallersProcessor) return ofCallersProcessor;
   return countWorking([](const Thread&) { return true; }) < countProcessors() ? nullptr : firstIdle;
