@@ -97,6 +97,10 @@ Workload<VXint16, VXint16>& mediumWork() {
   static Workload<VXint16, VXint16> work(mediumExtent);
   return work;
 }
+Workload<VXint16, float>& mediumFloatWork() {
+  static Workload<VXint16, float> work(mediumExtent);
+  return work;
+}
 Workload<VXuint16, float>& largeWork() {
   static Workload<VXuint16, float> work(largeExtent);
   return work;
@@ -131,9 +135,15 @@ void gaussModule(benchmark::State& state) {
   runModule(state, largeWork(), VXuint16Type, VXfloatType, "Convolution",
             {{"kernel", "Gauss"}, {"sigma", "2 2 2 0 0 0"}});
 }
+void median125Module(benchmark::State& state) {
+  runModule(state, mediumWork(), VXint16Type, VXint16Type, "Median", {{"size", "5 5 5 1 1 1"}});
+}
+void gauss5Module(benchmark::State& state) {
+  runModule(state, mediumFloatWork(), VXint16Type, VXfloatType, "Convolution",
+            {{"kernel", "Gauss"}, {"sigma", "5 5 5 0 0 0"}});
+}
 void gradientModule(benchmark::State& state) {
-  static Workload<VXint16, float> work(mediumExtent);
-  runModule(state, work, VXint16Type, VXfloatType, "GradientMagnitude", {});
+  runModule(state, mediumFloatWork(), VXint16Type, VXfloatType, "GradientMagnitude", {});
 }
 void passModule(benchmark::State& state) { runModule(state, mediumWork(), VXint16Type, VXint16Type, "SubImage", {}); }
 
@@ -155,6 +165,8 @@ void registerAll() {
   registerOnThreads("GaussSigma2/loop", gaussLoop);
   registerOnThreads("GaussSigma2/module", gaussModule);
   registerOnThreads("GradientMagnitude/module", gradientModule);
+  registerOnThreads("Median5x5x5/module", median125Module);
+  registerOnThreads("GaussSigma5/module", gauss5Module);
   registerOnThreads("SubImage/module", passModule);
 }
 

@@ -7,15 +7,25 @@
 // border     enum    clamp        what stands past the border: clamp: the nearest voxel of the image. fill: fillValue
 // fillValue  double  0            value past the border, rounded and limited to the range of the type
 //
-// Boxes of 3 x 3 and 3 x 3 x 3 in space have fast loops. Where the surroundings hold NaN, the result is one of them.
+// Boxes of 3 x 3 and 3 x 3 x 3 in space have loops of their own. Other surroundings of up to 32767 voxels of 8 to 32
+// bits are searched bit by bit, for many voxels at once; what is left is sorted voxel by voxel, which takes 30 times as
+// long. Where the surroundings hold NaN, the result is one of their voxels.
 
 #include "vxModuleKernels.h"
 #include "vxModuleTools.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <vector>
 
 namespace vx::modules {
+
+namespace {
+
+constexpr VXint64 largestSearchedSize = 32767;  // what the loop counts
+
+}  // namespace
 
 class Median : public StandardModule {
  public:
@@ -37,6 +47,8 @@ class Median : public StandardModule {
 
  private:
   void sortSlices(const SubImg& out, const SubImg& in) const;
+  void searchWindows(const SubImg& out, const SubImg& in) const;
+  void searchFloats(const SubImg& out, const SubImg& in) const;
   template <class T>
   void selectEach(const SubImg& out, const SubImg& in) const;
 
@@ -78,6 +90,10 @@ void Median::calcOutSubImage(SubImg* outSubImg, int /*outIndex*/, SubImg* inSubI
   if (in.getBox().isEmpty()) return;
   extendBorders(in, getOutImg(0)->getBoxFromImgExt(), _border, _fillValue);
   if (_size == Vector(3, 3, 3, 1, 1, 1) || _size == Vector(3, 3, 1, 1, 1, 1)) return sortSlices(*outSubImg, in);
+  if (_size.getProduct() <= largestSearchedSize) {
+    if (in.getDataType() == VXfloatType) return searchFloats(*outSubImg, in);
+    if (moduleKernels().medianOfWindows[in.getDataType()]) return searchWindows(*outSubImg, in);
+  }
   switch (in.getDataType()) {
 #define VX_SELECT_CASE(T, number) \
   case number:                    \
@@ -151,6 +167,41 @@ void Median::sortSlices(const SubImg& out, const SubImg& in) const {
       median(ranked, bytesAt(out, start + Vector(0, y, 0, 0, 0, 0)), number);
     }
   });
+}
+
+// Finds each median by counting the voxels below a number, all windows of a row at a time.
+// \param out its voxels are taken for such of the input's type.
+void Median::searchWindows(const SubImg& out, const SubImg& in) const {
+  const auto medianOfWindows = moduleKernels().medianOfWindows[in.getDataType()];
+  const SubImgBox box = getValidBox(out.getBox());
+  std::vector<const void*> rows;
+  forEachRow(box, [&](const Vector& position) {
+    rows.clear();
+    forEachRow(SubImgBox(position - _radius, position + _radius),
+               [&](const Vector& row) { rows.push_back(bytesAt(in, row)); });
+    medianOfWindows(rows.data(), rows.size(), static_cast<std::size_t>(_size.x), bytesAt(out, position),
+                    static_cast<std::size_t>(box.getExt().x));
+  });
+}
+
+// The same of floats, as integers of the same order. The input may be the memory image of a module, so it is copied.
+void Median::searchFloats(const SubImg& out, const SubImg& in) const {
+  // Changes a number of floats into such integers, and back.
+  const auto swapOrder = [](const void* from, void* to, VXint64 number) {
+    for (VXint64 i = 0; i < number; ++i) {
+      VXint32 bits;
+      std::memcpy(&bits, static_cast<const VXint32*>(from) + i, sizeof bits);
+      bits ^= (bits >> 31) & 0x7fffffff;
+      std::memcpy(static_cast<VXint32*>(to) + i, &bits, sizeof bits);
+    }
+  };
+  const VXint64 number = in.getBox().getNumVoxels();
+  const MemoryPtr<void> memory(VXAlloc(static_cast<std::size_t>(number) * sizeof(VXint32), VX_RETURN_NULL));
+  if (!memory) throw static_cast<int>(VX_NO_MEMORY);
+  swapOrder(in.getData(), memory.get(), number);
+  searchWindows(out, SubImg(in.getBox(), VXint32Type, memory.get()));
+  const SubImgBox box = getValidBox(out.getBox());
+  forEachRow(box, [&](const Vector& row) { swapOrder(bytesAt(out, row), bytesAt(out, row), box.getExt().x); });
 }
 
 template <class T>

@@ -239,6 +239,8 @@ void median27(const void* const* rowPointers, void* out, std::size_t number) {
       [&](std::size_t i) { result[i] = medianOf27<T>(rows, i); });
 }
 
+#include "vxMedianSearch.h"
+
 }  // namespace
 
 #define VX_BY_TYPE(f)                                                                                          \
@@ -265,6 +267,8 @@ extern const ModuleKernels VX_MODULE_KERNELS = {
     VX_BY_TYPE(storeMean),
     VX_BY_TYPE(sortThree),
     VX_BY_TYPE(median9),
-    VX_BY_TYPE(median27)};
+    VX_BY_TYPE(median27),
+    {&medianOfWindows<signed char>, &medianOfWindows<VXuint8>, &medianOfWindows<VXint16>, &medianOfWindows<VXuint16>,
+     &medianOfWindows<VXint32>, &medianOfWindows<VXuint32>, nullptr, nullptr, nullptr, nullptr}};
 
 }  // namespace vx::modules

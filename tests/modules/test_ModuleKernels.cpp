@@ -251,6 +251,70 @@ TEST(ModuleKernelsTest, MediansAreThoseOfSortedWindows) {
   }
 }
 
+// Rows of all numbers of a type, of few neighbouring ones, of its smallest and greatest number, and of one number.
+template <class T>
+std::vector<T> windowRow(std::size_t number, unsigned seed, int kind) {
+  using Limits = std::numeric_limits<T>;
+  std::vector<T> row = randomRow<T>(number, seed);
+  for (T& voxel : row) {
+    if (kind == 1) voxel = static_cast<T>(Limits::max() / 3 + (voxel & 7));
+    if (kind == 2) voxel = (voxel & 1) != 0 ? Limits::max() : Limits::min();
+    if (kind == 3) voxel = Limits::min();
+  }
+  return row;
+}
+
+TEST(ModuleKernelsTest, MediansOfWindowsAreThoseOfSortedWindows) {
+  struct Size {
+    std::size_t numRows, width;
+  };
+  for (const ModuleKernels* version : versions()) {
+    forEachType([&](auto type) {
+      using T = typename Voxel<type.value>::Type;
+      ASSERT_EQ(version->medianOfWindows[type.value] != nullptr, std::is_integral_v<T> && sizeof(T) <= 4);
+      if constexpr (std::is_integral_v<T> && sizeof(T) <= 4) {
+        for (const Size& size : {Size{1, 1}, Size{1, 3}, Size{5, 1}, Size{5, 5}, Size{33, 9}}) {
+          for (const std::size_t number : lengths) {
+            const int kind = static_cast<int>((number + size.width) % 4);
+            std::vector<std::vector<T>> rows;
+            std::vector<const void*> pointers;
+            for (std::size_t k = 0; k < size.numRows; ++k) {
+              rows.push_back(windowRow<T>(number + size.width - 1, static_cast<unsigned>(k), kind));
+              pointers.push_back(rows.back().data());
+            }
+            std::vector<T> out(number + 1, T(77));
+            version->medianOfWindows[type.value](pointers.data(), size.numRows, size.width, out.data(), number);
+            for (std::size_t i = 0; i < number; ++i) {
+              std::vector<T> window;
+              for (const std::vector<T>& row : rows) window.insert(window.end(), &row[i], &row[i] + size.width);
+              std::sort(window.begin(), window.end());
+              ASSERT_EQ(out[i], window[window.size() / 2])
+                  << "type " << type.value << " at " << i << " of " << number << ", window " << size.numRows << " x "
+                  << size.width << ", kind " << kind;
+            }
+            ASSERT_EQ(out[number], T(77));
+          }
+        }
+      }
+    });
+  }
+}
+
+TEST(ModuleKernelsTest, MediansOfTheLargestWindows) {
+  for (const ModuleKernels* version : versions()) {
+    std::vector<VXint16> row(32767 + 39);
+    // In each window 16383 voxels are the smallest number, and then 16384, which is more than half of them.
+    for (std::size_t i = 0; i < row.size(); ++i) row[i] = static_cast<VXint16>(i % 32767 < 16383 ? -32768 : 32767);
+    std::vector<VXint16> out(40);
+    const void* const rows[] = {row.data()};
+    version->medianOfWindows[2](rows, 1, 32767, out.data(), out.size());
+    for (const VXint16 voxel : out) ASSERT_EQ(voxel, 32767);
+    for (std::size_t i = 0; i < row.size(); ++i) row[i] = static_cast<VXint16>(i % 32767 < 16384 ? -32768 : 32767);
+    version->medianOfWindows[2](rows, 1, 32767, out.data(), out.size());
+    for (const VXint16 voxel : out) ASSERT_EQ(voxel, -32768);
+  }
+}
+
 TEST(ModuleKernelsTest, TheProcessorsVersionIsChosen) {
   EXPECT_EQ(&moduleKernels(), versions().back());
   EXPECT_EQ(getStoreRow<double>(-1), nullptr);

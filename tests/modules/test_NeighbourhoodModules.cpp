@@ -288,6 +288,55 @@ TEST_F(NeighbourhoodTest, MediansOfFewValuesAndSeveralPages) {
   }
 }
 
+// On both sides of the largest windows that are searched for all voxels of a row at once.
+TEST_F(NeighbourhoodTest, MediansOfLargeWindows) {
+  const auto op = make("Median");
+  for (const VXDataType type : {VXint16Type, VXfloatType, VXint64Type}) {
+    const Image image = randomImage(Vector(5, 3, 1, 1, 1, 1), type, 44);
+    ImageSource source(image, settings[0].pageExt);
+    connect(*op, 0, source);
+    for (const Vector& size : {Vector(181, 181, 1, 1, 1, 1), Vector(183, 181, 1, 1, 1, 1)}) {
+      set(*op, "size", text(size));
+      expectEqual(tile(*op), median(image, size, clamp, 0),
+                  std::string(VXNameFromDataType(type)) + " size " + text(size));
+    }
+  }
+}
+
+TEST_F(NeighbourhoodTest, MediansOfFloatsNearZeroAndWithoutEnd) {
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  constexpr double values[] = {-infinity, -1e30, -1, -1e-42, 0, 1e-42, 1, 1e30, infinity};
+  const Image random = randomImage(smallExtent, VXuint16Type, 45);
+  const Image image =
+      makeImage(smallExtent, VXfloatType, [&](const Vector& p) { return values[static_cast<int>(random.at(p)) % 9]; });
+  ImageSource source(image, settings[1].pageExt);
+  const auto op = make("Median");
+  connect(*op, 0, source);
+  for (const Vector& size : {Vector(3, 1, 1, 1, 1, 1), Vector(5, 5, 3, 1, 1, 1)}) {
+    set(*op, "size", text(size));
+    expectEqual(tile(*op), median(image, size, clamp, 0), text(size));
+  }
+}
+
+// Where the window is a voxel, the block of the input is the memory image of its module.
+TEST_F(NeighbourhoodTest, AMedianLeavesTheMemoryImageOfItsInputAlone) {
+  const Image image = randomImage(flatExtent, VXfloatType, 46);
+  ImageSource source(image, flatExtent);
+  const auto op = make("Median");
+  connect(*op, 0, source);
+  set(*op, "size", "1 1 1 1 1 1");
+  updated(*op);
+  MemoryImg& memory = source.getOutImg(0)->getMemoryImg();
+  memory.update(nullptr, 0, source.getOutImg(0)->getBoxFromImgExt(), VXfloatType);
+  auto* const voxels = static_cast<float*>(memory.getSubImg().getData());
+  for (std::size_t i = 0; i < image.values.size(); ++i) voxels[i] = -1.5F - static_cast<float>(i);
+  memory.setValid(true);
+  const std::vector<float> before(voxels, voxels + image.values.size());
+  const std::vector<double> medians = tile(*op).values;
+  EXPECT_EQ(medians, std::vector<double>(before.begin(), before.end()));
+  EXPECT_EQ(std::vector<float>(voxels, voxels + image.values.size()), before);
+}
+
 TEST_F(NeighbourhoodTest, AMedianAmongNaNsIsOneOfTheVoxels) {
   Image image = randomImage(flatExtent, VXfloatType, 43);
   for (std::size_t i = 0; i < image.values.size(); i += 3) image.values[i] = std::numeric_limits<double>::quiet_NaN();
