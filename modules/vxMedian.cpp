@@ -7,9 +7,9 @@
 // border     enum    clamp        what stands past the border: clamp: the nearest voxel of the image. fill: fillValue
 // fillValue  double  0            value past the border, rounded and limited to the range of the type
 //
-// Boxes of 3 x 3 and 3 x 3 x 3 in space have loops of their own. Other surroundings of up to 32767 voxels of 8 to 32
-// bits are searched bit by bit, for many voxels at once; what is left is sorted voxel by voxel, which takes 30 times as
-// long. Where the surroundings hold NaN, the result is one of their voxels.
+// Boxes of 3 x 3 and 3 x 3 x 3 in space have loops of their own. Other surroundings of up to 65535 voxels of 8 to 32
+// bits are searched bit by bit, for many voxels of a row at once; for floats this takes a copy of the page's input.
+// What is left is sorted voxel by voxel. Where the surroundings hold NaN, the result is one of their voxels.
 
 #include "vxModuleKernels.h"
 #include "vxModuleTools.h"
@@ -23,7 +23,15 @@ namespace vx::modules {
 
 namespace {
 
-constexpr VXint64 largestSearchedSize = 32767;  // what the loop counts
+constexpr VXint64 largestSearchedSize = 65535;  // what a lane of 16 bits counts
+constexpr VXint64 shortestSearchedRow = 8;      // shorter ones are no vectors, and sorting is faster
+
+template <class T>
+MemoryPtr<T> allocateOrThrow(std::size_t numBytes) {
+  MemoryPtr<T> memory(static_cast<T*>(VXAlloc(numBytes, VX_RETURN_NULL)));
+  if (!memory) throw static_cast<int>(VX_NO_MEMORY);
+  return memory;
+}
 
 }  // namespace
 
@@ -90,7 +98,7 @@ void Median::calcOutSubImage(SubImg* outSubImg, int /*outIndex*/, SubImg* inSubI
   if (in.getBox().isEmpty()) return;
   extendBorders(in, getOutImg(0)->getBoxFromImgExt(), _border, _fillValue);
   if (_size == Vector(3, 3, 3, 1, 1, 1) || _size == Vector(3, 3, 1, 1, 1, 1)) return sortSlices(*outSubImg, in);
-  if (_size.getProduct() <= largestSearchedSize) {
+  if (_size.getProduct() <= largestSearchedSize && getValidBox(outSubImg->getBox()).getExt().x >= shortestSearchedRow) {
     if (in.getDataType() == VXfloatType) return searchFloats(*outSubImg, in);
     if (moduleKernels().medianOfWindows[in.getDataType()]) return searchWindows(*outSubImg, in);
   }
@@ -128,13 +136,9 @@ void Median::sortSlices(const SubImg& out, const SubImg& in) const {
   const bool isVolume = _size.z == 3;
   // Lines are aligned for vectors. Of each slice there are three ranks, and of the lines nine.
   const std::size_t lineBytes = (lineLen * voxelSize + 127) / 64 * 64;
-  const auto allocate = [](std::size_t numBytes) {
-    MemoryPtr<unsigned char> memory(static_cast<unsigned char*>(VXAlloc(numBytes, VX_RETURN_NULL)));
-    if (!memory) throw static_cast<int>(VX_NO_MEMORY);
-    return memory;
-  };
-  const MemoryPtr<unsigned char> slices = allocate(isVolume ? 3 * static_cast<std::size_t>(numLines) * lineBytes : 1);
-  const MemoryPtr<unsigned char> lines = allocate(9 * lineBytes);
+  const MemoryPtr<unsigned char> slices =
+      allocateOrThrow<unsigned char>(isVolume ? 3 * static_cast<std::size_t>(numLines) * lineBytes : 1);
+  const MemoryPtr<unsigned char> lines = allocateOrThrow<unsigned char>(9 * lineBytes);
   const auto rankedLine = [&](VXint64 rank, VXint64 y) {
     return slices.get() + static_cast<std::size_t>(rank * numLines + y) * lineBytes;
   };
@@ -174,34 +178,41 @@ void Median::sortSlices(const SubImg& out, const SubImg& in) const {
 void Median::searchWindows(const SubImg& out, const SubImg& in) const {
   const auto medianOfWindows = moduleKernels().medianOfWindows[in.getDataType()];
   const SubImgBox box = getValidBox(out.getBox());
-  std::vector<const void*> rows;
+  const auto width = static_cast<std::size_t>(_size.x);
+  const std::size_t numRows = static_cast<std::size_t>(_size.getProduct()) / width;
+  const MemoryPtr<const void*> rows = allocateOrThrow<const void*>(numRows * sizeof(const void*));
   forEachRow(box, [&](const Vector& position) {
-    rows.clear();
+    const void** next = rows.get();
     forEachRow(SubImgBox(position - _radius, position + _radius),
-               [&](const Vector& row) { rows.push_back(bytesAt(in, row)); });
-    medianOfWindows(rows.data(), rows.size(), static_cast<std::size_t>(_size.x), bytesAt(out, position),
-                    static_cast<std::size_t>(box.getExt().x));
+               [&](const Vector& row) { *next++ = bytesAt(in, row); });
+    medianOfWindows(rows.get(), numRows, width, bytesAt(out, position), static_cast<std::size_t>(box.getExt().x));
   });
 }
 
-// The same of floats, as integers of the same order. The input may be the memory image of a module, so it is copied.
+// The same of floats, as integers of the same order, NaN above all numbers. The input may be the memory image of a
+// module, so it is copied.
 void Median::searchFloats(const SubImg& out, const SubImg& in) const {
-  // Changes a number of floats into such integers, and back.
-  const auto swapOrder = [](const void* from, void* to, VXint64 number) {
+  constexpr VXint32 allButSign = 0x7fffffff;
+  constexpr VXint32 infinity = 0x7f800000;
+  // Of floats as integers the negative ones are in the wrong order. The function is its own inverse.
+  const auto swapOrder = [](VXint32 bits) { return bits ^ ((bits >> 31) & allButSign); };
+  const auto toInteger = [&](VXint32 bits) {
+    return (bits & allButSign) > infinity ? bits & allButSign : swapOrder(bits);
+  };
+  const auto convert = [](const void* from, void* to, VXint64 number, auto&& change) {
     for (VXint64 i = 0; i < number; ++i) {
       VXint32 bits;
       std::memcpy(&bits, static_cast<const VXint32*>(from) + i, sizeof bits);
-      bits ^= (bits >> 31) & 0x7fffffff;
+      bits = change(bits);
       std::memcpy(static_cast<VXint32*>(to) + i, &bits, sizeof bits);
     }
   };
   const VXint64 number = in.getBox().getNumVoxels();
-  const MemoryPtr<void> memory(VXAlloc(static_cast<std::size_t>(number) * sizeof(VXint32), VX_RETURN_NULL));
-  if (!memory) throw static_cast<int>(VX_NO_MEMORY);
-  swapOrder(in.getData(), memory.get(), number);
+  const MemoryPtr<VXint32> memory = allocateOrThrow<VXint32>(static_cast<std::size_t>(number) * sizeof(VXint32));
+  convert(in.getData(), memory.get(), number, toInteger);
   searchWindows(out, SubImg(in.getBox(), VXint32Type, memory.get()));
   const SubImgBox box = getValidBox(out.getBox());
-  forEachRow(box, [&](const Vector& row) { swapOrder(bytesAt(out, row), bytesAt(out, row), box.getExt().x); });
+  forEachRow(box, [&](const Vector& row) { convert(bytesAt(out, row), bytesAt(out, row), box.getExt().x, swapOrder); });
 }
 
 template <class T>

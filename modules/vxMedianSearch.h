@@ -41,9 +41,9 @@ inline __attribute__((always_inline)) void forWindow(const T* const* rows, std::
   }
 }
 
-// The medians of numVectors x lanes windows that follow each other. In each window the median is the greatest number with
-// no more than half of the voxels below it; its distance from the smallest voxel is put together from the highest bit
-// down. So the number of turns is that of the bits in which voxels that are near each other differ.
+// The medians of numVectors x lanes windows that follow each other. In each window the median is the greatest number
+// with no more than half of the voxels below it; its distance from the smallest voxel is put together from the highest
+// bit down. So the number of turns is that of the bits in which voxels that are near each other differ.
 template <class T, int lanes, std::size_t numVectors>
 inline __attribute__((always_inline)) void searchMedians(const T* const* rows, std::size_t numRows, std::size_t width,
                                                          T* out, std::size_t start) {
@@ -102,16 +102,21 @@ inline __attribute__((always_inline)) void searchMedians(const T* const* rows, s
 template <class T>
 void medianOfWindows(const void* const* rowPointers, std::size_t numRows, std::size_t width, void* out,
                      std::size_t number) {
-  constexpr int lanes = vectorBytes / static_cast<int>(sizeof(typename WindowValues<T, 1>::Number));
+  constexpr int numberBytes = static_cast<int>(sizeof(typename WindowValues<T, 1>::Number));
+  constexpr int lanes = vectorBytes / numberBytes;
   constexpr std::size_t step = lanes;
   const T* const* const rows = reinterpret_cast<const T* const*>(rowPointers);
   T* const result = static_cast<T*>(out);
+  if (number < step) {
+    constexpr int fewLanes = 16 / numberBytes;
+    forRuns<fewLanes>(
+        number, [&](std::size_t i) { searchMedians<T, fewLanes, 1>(rows, numRows, width, result, i); },
+        [&](std::size_t i) { searchMedians<T, 1, 1>(rows, numRows, width, result, i); });
+    return;
+  }
   std::size_t i = 0;
   for (; i + 4 * step <= number; i += 4 * step) searchMedians<T, lanes, 4>(rows, numRows, width, result, i);
-  for (; i + step <= number; i += step) searchMedians<T, lanes, 1>(rows, numRows, width, result, i);
-  if (i < number && number >= step) {
-    searchMedians<T, lanes, 1>(rows, numRows, width, result, number - step);
-  } else {
-    for (; i < number; ++i) searchMedians<T, 1, 1>(rows, numRows, width, result, i);
+  for (; i < number; i += step) {
+    searchMedians<T, lanes, 1>(rows, numRows, width, result, i + step <= number ? i : number - step);
   }
 }

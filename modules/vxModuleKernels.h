@@ -39,7 +39,7 @@ struct ModuleKernels {
   void (*median9[numTypes])(const void* const* rows, void* out, std::size_t number);
   /// The median of 27 voxels: nine rows, sorted by the first and the second index, each read at i, i + 1 and i + 2.
   void (*median27[numTypes])(const void* const* rows, void* out, std::size_t number);
-  /// The median of windows of an odd number of voxels, at most 32767: `numRows` rows, each read from i to
+  /// The median of windows of an odd number of voxels, at most 65535: `numRows` rows, each read from i to
   /// i + width - 1. Of integers of 8 to 32 bits.
   void (*medianOfWindows[numTypes])(const void* const* rows, std::size_t numRows, std::size_t width, void* out,
                                     std::size_t number);

@@ -264,35 +264,42 @@ std::vector<T> windowRow(std::size_t number, unsigned seed, int kind) {
   return row;
 }
 
+struct WindowSize {
+  std::size_t numRows, width;
+};
+
+template <class T>
+void expectMediansOfWindows(const ModuleKernels& version, int type, const WindowSize& size, std::size_t number,
+                            int kind) {
+  std::vector<std::vector<T>> rows;
+  std::vector<const void*> pointers;
+  for (std::size_t k = 0; k < size.numRows; ++k) {
+    rows.push_back(windowRow<T>(number + size.width - 1, static_cast<unsigned>(k), kind));
+    pointers.push_back(rows.back().data());
+  }
+  std::vector<T> out(number + 1, T(77));
+  version.medianOfWindows[type](pointers.data(), size.numRows, size.width, out.data(), number);
+  std::vector<T> window;
+  for (std::size_t i = 0; i < number; ++i) {
+    window.clear();
+    for (const std::vector<T>& row : rows) window.insert(window.end(), &row[i], &row[i] + size.width);
+    std::nth_element(window.begin(), window.begin() + static_cast<std::ptrdiff_t>(window.size() / 2), window.end());
+    ASSERT_EQ(out[i], window[window.size() / 2]) << "type " << type << " at " << i << " of " << number << ", window "
+                                                 << size.numRows << " x " << size.width << ", kind " << kind;
+  }
+  ASSERT_EQ(out[number], T(77));
+}
+
 TEST(ModuleKernelsTest, MediansOfWindowsAreThoseOfSortedWindows) {
-  struct Size {
-    std::size_t numRows, width;
-  };
   for (const ModuleKernels* version : versions()) {
     forEachType([&](auto type) {
       using T = typename Voxel<type.value>::Type;
       ASSERT_EQ(version->medianOfWindows[type.value] != nullptr, std::is_integral_v<T> && sizeof(T) <= 4);
       if constexpr (std::is_integral_v<T> && sizeof(T) <= 4) {
-        for (const Size& size : {Size{1, 1}, Size{1, 3}, Size{5, 1}, Size{5, 5}, Size{33, 9}}) {
+        for (const WindowSize& size :
+             {WindowSize{1, 1}, WindowSize{1, 3}, WindowSize{5, 1}, WindowSize{5, 5}, WindowSize{33, 9}}) {
           for (const std::size_t number : lengths) {
-            const int kind = static_cast<int>((number + size.width) % 4);
-            std::vector<std::vector<T>> rows;
-            std::vector<const void*> pointers;
-            for (std::size_t k = 0; k < size.numRows; ++k) {
-              rows.push_back(windowRow<T>(number + size.width - 1, static_cast<unsigned>(k), kind));
-              pointers.push_back(rows.back().data());
-            }
-            std::vector<T> out(number + 1, T(77));
-            version->medianOfWindows[type.value](pointers.data(), size.numRows, size.width, out.data(), number);
-            for (std::size_t i = 0; i < number; ++i) {
-              std::vector<T> window;
-              for (const std::vector<T>& row : rows) window.insert(window.end(), &row[i], &row[i] + size.width);
-              std::sort(window.begin(), window.end());
-              ASSERT_EQ(out[i], window[window.size() / 2])
-                  << "type " << type.value << " at " << i << " of " << number << ", window " << size.numRows << " x "
-                  << size.width << ", kind " << kind;
-            }
-            ASSERT_EQ(out[number], T(77));
+            for (const int kind : {0, 1, 2, 3}) expectMediansOfWindows<T>(*version, type.value, size, number, kind);
           }
         }
       }
@@ -300,18 +307,37 @@ TEST(ModuleKernelsTest, MediansOfWindowsAreThoseOfSortedWindows) {
   }
 }
 
+// Of 65535 voxels one is not the smallest number, one is not the greatest, and half of them less one or two are not.
 TEST(ModuleKernelsTest, MediansOfTheLargestWindows) {
+  constexpr std::size_t numRows = 5;
+  constexpr std::size_t width = 13107;
+  constexpr std::size_t number = 40;
   for (const ModuleKernels* version : versions()) {
-    std::vector<VXint16> row(32767 + 39);
-    // In each window 16383 voxels are the smallest number, and then 16384, which is more than half of them.
-    for (std::size_t i = 0; i < row.size(); ++i) row[i] = static_cast<VXint16>(i % 32767 < 16383 ? -32768 : 32767);
-    std::vector<VXint16> out(40);
-    const void* const rows[] = {row.data()};
-    version->medianOfWindows[2](rows, 1, 32767, out.data(), out.size());
-    for (const VXint16 voxel : out) ASSERT_EQ(voxel, 32767);
-    for (std::size_t i = 0; i < row.size(); ++i) row[i] = static_cast<VXint16>(i % 32767 < 16384 ? -32768 : 32767);
-    version->medianOfWindows[2](rows, 1, 32767, out.data(), out.size());
-    for (const VXint16 voxel : out) ASSERT_EQ(voxel, -32768);
+    forEachType([&](auto type) {
+      using T = typename Voxel<type.value>::Type;
+      if constexpr (std::is_integral_v<T> && sizeof(T) <= 4) {
+        using Limits = std::numeric_limits<T>;
+        // The first numSmall voxels of each row's period are the smallest number, so each window has 5 times as many.
+        const auto medians = [&](std::size_t numSmall, std::size_t numMore) {
+          std::vector<std::vector<T>> rows(numRows, std::vector<T>(number + width - 1));
+          std::vector<const void*> pointers;
+          for (std::size_t k = 0; k < numRows; ++k) {
+            const std::size_t numOfRow = numSmall + (k < numMore ? 1 : 0);
+            for (std::size_t i = 0; i < rows[k].size(); ++i) {
+              rows[k][i] = i % width < numOfRow ? Limits::min() : Limits::max();
+            }
+            pointers.push_back(rows[k].data());
+          }
+          std::vector<T> out(number);
+          version->medianOfWindows[type.value](pointers.data(), numRows, width, out.data(), number);
+          return out;
+        };
+        ASSERT_EQ(medians(width - 1, numRows - 1), std::vector<T>(number, Limits::min()));
+        ASSERT_EQ(medians(0, 1), std::vector<T>(number, Limits::max()));
+        ASSERT_EQ(medians(6553, 2), std::vector<T>(number, Limits::max()));  // 32767 are small
+        ASSERT_EQ(medians(6553, 3), std::vector<T>(number, Limits::min()));  // 32768 are
+      }
+    });
   }
 }
 

@@ -288,17 +288,22 @@ TEST_F(NeighbourhoodTest, MediansOfFewValuesAndSeveralPages) {
   }
 }
 
-// On both sides of the largest windows that are searched for all voxels of a row at once.
+// On both sides of the largest windows and the shortest rows that are searched for all voxels of a row at once.
 TEST_F(NeighbourhoodTest, MediansOfLargeWindows) {
   const auto op = make("Median");
-  for (const VXDataType type : {VXint16Type, VXfloatType, VXint64Type}) {
-    const Image image = randomImage(Vector(5, 3, 1, 1, 1, 1), type, 44);
-    ImageSource source(image, settings[0].pageExt);
-    connect(*op, 0, source);
-    for (const Vector& size : {Vector(181, 181, 1, 1, 1, 1), Vector(183, 181, 1, 1, 1, 1)}) {
-      set(*op, "size", text(size));
-      expectEqual(tile(*op), median(image, size, clamp, 0),
-                  std::string(VXNameFromDataType(type)) + " size " + text(size));
+  for (const VXDataType type : {VXuint16Type, VXfloatType, VXint64Type}) {
+    for (const VXint64 extentX : {7, 8}) {
+      Image image = randomImage(Vector(extentX, 1, 1, 1, 1, 1), type, 44);
+      // Nearly all voxels of a window are below one of them.
+      std::fill(image.values.begin() + 1, image.values.end(), image.values.front());
+      image.values[4] += 1;
+      ImageSource source(image, settings[0].pageExt);
+      connect(*op, 0, source);
+      for (const Vector& size : {Vector(255, 257, 1, 1, 1, 1), Vector(257, 257, 1, 1, 1, 1)}) {
+        set(*op, "size", text(size));
+        expectEqual(tile(*op), median(image, size, clamp, 0),
+                    std::string(VXNameFromDataType(type)) + " size " + text(size) + " x " + std::to_string(extentX));
+      }
     }
   }
 }
@@ -348,6 +353,35 @@ TEST_F(NeighbourhoodTest, AMedianAmongNaNsIsOneOfTheVoxels) {
     for (const double value : tile(*op).values) {
       EXPECT_TRUE(std::isnan(value) ||
                   std::find(image.values.begin(), image.values.end(), value) != image.values.end());
+    }
+  }
+}
+
+// Other windows than those of three voxels have an order: NaN is above all numbers, whatever its sign.
+TEST_F(NeighbourhoodTest, AMedianTakesNaNForTheGreatestVoxel) {
+  constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+  const auto op = make("Median");
+  for (const VXDataType type : {VXfloatType, VXdoubleType}) {
+    Image image = randomImage(flatExtent, type, 47);
+    Image greatest = image;
+    for (std::size_t i = 0; i < image.values.size(); i += 3) {
+      image.values[i] = i % 2 == 0 ? notANumber : -notANumber;
+      greatest.values[i] = 1e9;
+    }
+    ImageSource source(image, settings[0].pageExt);
+    connect(*op, 0, source);
+    for (const Vector& size : {Vector(5, 5, 1, 1, 1, 1), Vector(3, 1, 1, 1, 1, 1)}) {
+      set(*op, "size", text(size));
+      const std::vector<double> expected = median(greatest, size, clamp, 0).values;
+      const std::vector<double> medians = tile(*op).values;
+      ASSERT_EQ(medians.size(), expected.size());
+      for (std::size_t i = 0; i < medians.size(); ++i) {
+        if (expected[i] == 1e9) {
+          EXPECT_TRUE(std::isnan(medians[i])) << i;
+        } else {
+          EXPECT_EQ(medians[i], expected[i]) << i;
+        }
+      }
     }
   }
 }
