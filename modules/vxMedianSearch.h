@@ -72,24 +72,25 @@ inline __attribute__((always_inline)) void searchMedians(const T* const* rows, s
     greatestRange = greatest > greatestRange ? greatest : greatestRange;
   }
   const auto half = static_cast<Count>(numRows * width / 2);
-  int bit = 0;
-  while (greatestRange >> bit > 1) ++bit;
-  for (; greatestRange != 0 && bit >= 0; --bit) {
+  const Count one = 1;
+  Count part = 1;
+  while (part <= greatestRange / 2) part = static_cast<Count>(part * 2U);
+  for (; greatestRange != 0 && part != 0; part = part / 2) {
     V bound[numVectors];
     C numBelow[numVectors];
     for (std::size_t j = 0; j < numVectors; ++j) {
-      bound[j] = (V)((C)least[j] + (distance[j] | static_cast<Count>(Count(1) << bit)));
+      bound[j] = (V)((C)least[j] + (distance[j] | part));
       numBelow[j] = C{};
     }
     forWindow(rows, numRows, width, start, [&](const T* voxels) {
       for (std::size_t j = 0; j < numVectors; ++j) {
-        const C counted = numBelow[j] + static_cast<Count>(1);
+        const C counted = numBelow[j] + one;
         numBelow[j] = Values::at(voxels + j * step) < bound[j] ? counted : numBelow[j];
       }
     });
     for (std::size_t j = 0; j < numVectors; ++j) {
       // Beyond the range a bound may be none: it may have left the numbers of the type.
-      const C more = distance[j] | static_cast<Count>(Count(1) << bit);
+      const C more = distance[j] | part;
       const C kept = more <= range[j] ? more : distance[j];
       distance[j] = numBelow[j] <= C{} + half ? kept : distance[j];
     }
