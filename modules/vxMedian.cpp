@@ -189,8 +189,8 @@ void Median::searchWindows(const SubImg& out, const SubImg& in) const {
   });
 }
 
-// The same of floats, as integers of the same order, NaN above all numbers. The input may be the memory image of a
-// module, so it is copied.
+// The same of floats, as integers of the same order; NaN loses its sign and is above all numbers. The input may be the
+// memory image of a module, so it is copied.
 void Median::searchFloats(const SubImg& out, const SubImg& in) const {
   constexpr VXint32 allButSign = 0x7fffffff;
   constexpr VXint32 infinity = 0x7f800000;
